@@ -1,0 +1,217 @@
+// Vector addition and subtraction: the family template, its tags, and the packed
+// 32f schemes of the fixed sizes and of the run-time Contiguous single vector.
+#pragma once
+
+#include "elementwise.h"
+
+namespace vorx {
+
+// A vector of N floats in registers, per size:
+//   3  one register, element 0 in lane 0, elements 1, 2 in lanes 2, 3 (lane 1 zero)
+//   4  one register, moved as two 64-bit halves
+//   5  one register for elements 0..3, element 4 in lane 0 of a second, scalar operation
+//   6  one register for elements 0..3, elements 4, 5 in the low lanes of a zeroed second
+template <int N> struct VecReg;
+
+template <>
+struct VecReg<3> {
+    sse::R r;  // e0, 0, e1, e2
+    static VecReg load(const float* p) { return {sse::load3(p)}; }
+    static VecReg splat(float v) { return {sse::broadcast(v)}; }
+    void store(float* p) const { sse::store3(p, r); }
+    template <class Op> static VecReg op(VecReg a, VecReg b) { return {Op::p(a.r, b.r)}; }
+};
+
+template <>
+struct VecReg<4> {
+    sse::R r;  // e0, e1, e2, e3
+    static VecReg load(const float* p) { return {sse::load4h(p)}; }
+    static VecReg splat(float v) { return {sse::broadcast(v)}; }
+    void store(float* p) const { sse::store4h(p, r); }
+    template <class Op> static VecReg op(VecReg a, VecReg b) { return {Op::p(a.r, b.r)}; }
+};
+
+template <>
+struct VecReg<5> {
+    sse::R r, s;  // e0, e1, e2, e3 | e4, 0, 0, 0
+    static VecReg load(const float* p) { return {sse::load4h(p), sse::load1(p + 4)}; }
+    static VecReg splat(float v) { return {sse::broadcast(v), sse::broadcast(v)}; }
+    void store(float* p) const
+    {
+        sse::store4h(p, r);
+        sse::store1(p + 4, s);
+    }
+    template <class Op> static VecReg op(VecReg a, VecReg b) { return {Op::p(a.r, b.r), Op::p1(a.s, b.s)}; }
+};
+
+template <>
+struct VecReg<6> {
+    sse::R r, s;  // e0, e1, e2, e3 | e4, e5, 0, 0
+    static VecReg load(const float* p) { return {sse::load4h(p), sse::load2(p + 4)}; }
+    static VecReg splat(float v) { return {sse::broadcast(v), sse::broadcast(v)}; }
+    void store(float* p) const
+    {
+        sse::store4h(p, r);
+        sse::store2(p + 4, s);
+    }
+    template <class Op> static VecReg op(VecReg a, VecReg b) { return {Op::p(a.r, b.r), Op::p(a.s, b.s)}; }
+};
+
+template <int N> VecReg<N> fetch(float v, uint32_t) { return VecReg<N>::splat(v); }
+template <int N, class V> VecReg<N> fetch(const V& v, uint32_t k) { return VecReg<N>::load(v.at(k, 0, 0)); }
+
+// Fixed size, one object, Contiguous: one packed operation per register.
+template <class Op, int N, class A, class B, class D>
+vorxStatus packedVector(A a, B b, D d)
+{
+    if (anyNull(a, b, d)) return kNull;
+    VecReg<N>::template op<Op>(fetch<N>(a, 0), fetch<N>(b, 0)).store(d.at(0, 0, 0));
+    return kOk;
+}
+
+// Fixed size, arrays, Contiguous and List. The operand that is the same for every
+// object (source `Single`, 1 or 2: a vector or a value) is loaded, or broadcast,
+// once after the table checks and ahead of the count test.
+template <class Op, int N, int Single, class A, class B, class D>
+vorxStatus packedVectors(A a, B b, D d, uint32_t count)
+{
+    VecReg<N> inv{};
+    auto before = [&] {
+        if constexpr (Single == 1) inv = fetch<N>(a, 0);
+        if constexpr (Single == 2) inv = fetch<N>(b, 0);
+    };
+    auto object = [&](uint32_t k) {
+        VecReg<N> x = Single == 1 ? inv : fetch<N>(a, k);
+        VecReg<N> y = Single == 2 ? inv : fetch<N>(b, k);
+        VecReg<N>::template op<Op>(x, y).store(d.at(k, 0, 0));
+    };
+    return arrayCall(false, N, count, before, object, a, b, d);
+}
+
+// The 3-element forms with one single vector (vav, vva) stay scalar: three scalar
+// operations per object, the single vector held in three registers.
+template <class Op, int Single, class A, class B, class D>
+vorxStatus scalarVectors3(A a, B b, D d, uint32_t count)
+{
+    float s[3] = {};
+    auto before = [&] {
+        for (uint32_t j = 0; j < 3; ++j) s[j] = Single == 1 ? get(a, 0, 0, j) : get(b, 0, 0, j);
+    };
+    auto object = [&](uint32_t k) {
+        for (uint32_t j = 0; j < 3; ++j)
+            *d.at(k, 0, j) = Op::s(Single == 1 ? s[j] : get(a, k, 0, j),
+                                   Single == 2 ? s[j] : get(b, k, 0, j));
+    };
+    return arrayCall(false, 3, count, before, object, a, b, d);
+}
+
+// Sources of the run-time Contiguous loop: a vector read aligned or unaligned as
+// chosen once, or a value broadcast once.
+struct Stream {
+    const float* p;
+    bool aligned;
+    float at(uint32_t j) const { return p[j]; }
+    sse::R load(uint32_t j) const { return aligned ? sse::load4a(p + j) : sse::load4u(p + j); }
+    void prefetch(uint32_t j) const { sse::prefetchNta(p + j + 16); }
+    bool overlaps(const float* d, uint32_t len) const { return d < p + len && p < d + len; }
+};
+struct Splat {
+    float v;
+    sse::R r;
+    float at(uint32_t) const { return v; }
+    sse::R load(uint32_t) const { return r; }
+    void prefetch(uint32_t) const {}
+    bool overlaps(const float*, uint32_t) const { return false; }
+};
+
+inline Stream stream(const Direct<const float>& v, bool aligned) { return {v.x, aligned}; }
+inline Splat stream(float v, bool) { return {v, sse::broadcast(v)}; }
+inline bool alignedAt(const Direct<const float>& v, uint32_t j) { return sse::aligned16(v.x + j); }
+inline bool alignedAt(float, uint32_t) { return false; }
+
+// Run-time size, one vector, Contiguous 32f (vv, vc, cv): a plain ascending loop for
+// short or overlapping vectors, else a peel to align dst and a packed loop of 8.
+template <class Op, class A, class B>
+vorxStatus dispatchedVector(A a, B b, Direct<float> d, uint32_t len)
+{
+    if (anyNull(a, b, d)) return kNull;
+    if (len == 0) return kBadSize;
+    float* dp = d.x;
+    auto plain = [&](auto x, auto y, uint32_t from, uint32_t to) {
+        for (uint32_t j = from; j < to; ++j) dp[j] = Op::s(x.at(j), y.at(j));
+    };
+    Stream x0 = stream(a, false);
+    auto y0 = stream(b, false);
+    uintptr_t mis = reinterpret_cast<uintptr_t>(dp) & 15;
+    if (len < 11 || x0.overlaps(dp, len) || y0.overlaps(dp, len) || (mis & 3) != 0) {
+        plain(x0, y0, 0, len);  // overlapping: each element reads what was just written
+        return kOk;
+    }
+    uint32_t j = mis ? static_cast<uint32_t>(16 - mis) / 4 : 0;
+    plain(x0, y0, 0, j);
+    // vv reads src1 unaligned and src2 as its address allows; vc and cv read src so.
+    constexpr bool vv = !__is_same(B, float);
+    Stream x = stream(a, vv ? false : alignedAt(a, j));
+    auto y = stream(b, alignedAt(b, j));
+    for (; len - j >= 8; j += 8) {
+        x.prefetch(j);
+        y.prefetch(j);
+        sse::store4a(dp + j, Op::p(x.load(j), y.load(j)));
+        sse::store4a(dp + j + 4, Op::p(x.load(j + 4), y.load(j + 4)));
+    }
+    plain(x, y, j, len);
+    return kOk;
+}
+
+template <class T> constexpr bool isF32 = sizeof(T) == 4;
+
+// The family: Op the arithmetic, Single the source that is one vector or a value in
+// an array call (0: none).
+template <class Op, int Single = 0>
+struct VecFamily {
+    template <class T, int N, Lay L>
+    struct Impl {
+        static constexpr bool packed = isF32<T> && N > 0 && adjacent(L);
+
+        template <class A, class B, class D>
+        static vorxStatus run(A a, B b, D d, uint32_t len)
+        {
+            if constexpr (packed)
+                return packedVector<Op, N>(a, b, d);
+            else if constexpr (isF32<T> && N == 0 && L == Lay::C)
+                return dispatchedVector<Op>(a, b, d, len);
+            else
+                return elementwiseSingle<Op, N>(a, b, d, len, 1);
+        }
+
+        template <class A, class B, class D>
+        static vorxStatus run(A a, B b, D d, uint32_t len, uint32_t count)
+        {
+            constexpr bool singleVector = Single == 1 || (Single == 2 && !__is_same(B, float));
+            if constexpr (packed && N == 3 && singleVector)
+                return scalarVectors3<Op, Single>(a, b, d, count);
+            else if constexpr (packed)
+                return packedVectors<Op, N, Single>(a, b, d, count);
+            else
+                return elementwiseArray<Op, N>(a, b, d, len, 1, count);
+        }
+    };
+};
+
+namespace tag {
+struct Add_vv : VecFamily<AddOp> {};
+struct Add_vc : VecFamily<AddOp> {};
+struct Add_vav : VecFamily<AddOp, 2> {};
+struct Add_vac : VecFamily<AddOp, 2> {};
+struct Add_vava : VecFamily<AddOp> {};
+struct Sub_vv : VecFamily<SubOp> {};
+struct Sub_vc : VecFamily<SubOp> {};
+struct Sub_cv : VecFamily<RevSubOp> {};
+struct Sub_vav : VecFamily<SubOp, 2> {};
+struct Sub_vac : VecFamily<SubOp, 2> {};
+struct Sub_vva : VecFamily<SubOp, 1> {};
+struct Sub_cva : VecFamily<RevSubOp, 2> {};
+struct Sub_vava : VecFamily<SubOp> {};
+}  // namespace tag
+
+}  // namespace vorx

@@ -1,0 +1,3 @@
+// Vector addition of an array of vectors and a value, length 5: 32f and 64f, all layouts.
+#include "elementwise/vector.h"
+#include "vorxadd_vac_5x1.inc"

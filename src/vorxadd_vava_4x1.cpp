@@ -1,0 +1,3 @@
+// Vector addition of two arrays of vectors, length 4: 32f and 64f, all layouts.
+#include "elementwise/vector.h"
+#include "vorxadd_vava_4x1.inc"

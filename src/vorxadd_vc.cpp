@@ -1,0 +1,3 @@
+// Vector addition of a vector and a value, length given at run time: 32f and 64f, all layouts.
+#include "elementwise/vector.h"
+#include "vorxadd_vc.inc"

@@ -1,0 +1,3 @@
+// Vector addition of two vectors, length 3: 32f and 64f, all layouts.
+#include "elementwise/vector.h"
+#include "vorxadd_vv_3x1.inc"

@@ -1,0 +1,3 @@
+// Vector subtraction of an array of vectors from a value, length 3: 32f and 64f, all layouts.
+#include "elementwise/vector.h"
+#include "vorxsub_cva_3x1.inc"

@@ -1,0 +1,3 @@
+// Vector subtraction of an array of vectors and one vector, length 5: 32f and 64f, all layouts.
+#include "elementwise/vector.h"
+#include "vorxsub_vav_5x1.inc"

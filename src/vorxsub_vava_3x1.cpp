@@ -1,0 +1,34 @@
+// Vector subtraction of two arrays of vectors, length 3: 32f and 64f, all layouts.
+#include "elementwise/vector.h"
+
+namespace vorx {
+
+// vorxSub_vava_32f_3x1 streams: four objects a pass while four remain, prefetching
+// 64 bytes ahead in both sources, then the rest one at a time. Each object is the
+// same packed subtraction as elsewhere.
+template <>
+struct Body<tag::Sub_vava, float, 3, Lay::C> {
+    static vorxStatus run(Direct<const float> a, Direct<const float> b, Direct<float> d,
+                          uint32_t, uint32_t count)
+    {
+        if (anyNull(a, b, d)) return kNull;
+        auto one = [&](uint32_t k) {
+            VecReg<3>::op<SubOp>(fetch<3>(a, k), fetch<3>(b, k)).store(d.at(k, 0, 0));
+        };
+        uint32_t k = 0;
+        for (; count - k >= 4; k += 4) {
+            sse::prefetchNta(byteAt(a.at(k, 0, 0), 64));
+            sse::prefetchNta(byteAt(b.at(k, 0, 0), 64));
+            one(k);
+            one(k + 1);
+            one(k + 2);
+            one(k + 3);
+        }
+        for (; k < count; ++k) one(k);
+        return kOk;
+    }
+};
+
+}  // namespace vorx
+
+#include "vorxsub_vava_3x1.inc"

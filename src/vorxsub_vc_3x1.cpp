@@ -1,0 +1,3 @@
+// Vector subtraction of a vector and a value, length 3: 32f and 64f, all layouts.
+#include "elementwise/vector.h"
+#include "vorxsub_vc_3x1.inc"

@@ -1,0 +1,3 @@
+// Vector subtraction of an array of vectors from one vector, length 4: 32f and 64f, all layouts.
+#include "elementwise/vector.h"
+#include "vorxsub_vva_4x1.inc"
