@@ -1,0 +1,20 @@
+#!/usr/bin/env bash
+# Installs what the build, the tests and the benchmarks need: the i386 toolchain and
+# libraries, the emulator for machines that cannot run 32-bit programs, and the
+# peers of the benchmarks. Safe to run again; does nothing when all is there.
+set -eu
+packages=(g++-multilib cmake pkg-config python3 qemu-user libgtest-dev libgtest-dev:i386
+          libbenchmark-dev libbenchmark-dev:i386 libeigen3-dev liblapack-dev liblapack-dev:i386)
+missing=()
+for p in "${packages[@]}"; do
+    dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+done
+[ ${#missing[@]} -eq 0 ] && exit 0
+echo "installing: ${missing[*]}"
+sudo=""
+[ "$(id -u)" -eq 0 ] || sudo="sudo"
+export DEBIAN_FRONTEND=noninteractive
+dpkg --print-foreign-architectures | grep -qx i386 || $sudo dpkg --add-architecture i386
+# One index failing (a mirror in sync) must not stop the set-up.
+$sudo apt-get update -q || true
+$sudo apt-get install -y -q --no-install-recommends "${missing[@]}" </dev/null
