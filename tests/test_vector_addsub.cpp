@@ -16,6 +16,19 @@ bool isVectorCode(const CatalogueEntry& e)
     return true;
 }
 
+// Calls `check(T{}, entry)` for every vector Add/Sub function, T its element type.
+template <class Check>
+void eachVectorFunction(Check check)
+{
+    for (const char* fam : {"Add", "Sub"})
+        for (const auto* e : vt::entries(fam, isVectorCode)) {
+            if (std::string_view(e->type) == "32f")
+                check(float{}, *e);
+            else
+                check(double{}, *e);
+        }
+}
+
 // The reference of one element: one operation, one rounding.
 template <class T>
 T reference(bool sub, T a, T b)
@@ -122,13 +135,7 @@ void checkAll(const CatalogueEntry& e)
 
 TEST(VectorAddSub, EveryFunctionMatchesTheReferenceInEveryLayout)
 {
-    for (const char* fam : {"Add", "Sub"})
-        for (const auto* e : vt::entries(fam, isVectorCode)) {
-            if (std::string_view(e->type) == "32f")
-                checkAll<float>(*e);
-            else
-                checkAll<double>(*e);
-        }
+    eachVectorFunction([](auto t, const CatalogueEntry& e) { checkAll<decltype(t)>(e); });
 }
 
 // dst the same storage as the first vector source of its kind, same strides.
@@ -150,13 +157,7 @@ void checkInPlace(const CatalogueEntry& e)
 
 TEST(VectorAddSub, InPlaceWithTheSameStrides)
 {
-    for (const char* fam : {"Add", "Sub"})
-        for (const auto* e : vt::entries(fam, isVectorCode)) {
-            if (std::string_view(e->type) == "32f")
-                checkInPlace<float>(*e);
-            else
-                checkInPlace<double>(*e);
-        }
+    eachVectorFunction([](auto t, const CatalogueEntry& e) { checkInPlace<decltype(t)>(e); });
 }
 
 // The frame's failures over every function: a null top-level pointer at each
@@ -224,13 +225,7 @@ void checkFailures(const CatalogueEntry& e)
 
 TEST(VectorAddSub, StatusesAndPartialWrites)
 {
-    for (const char* fam : {"Add", "Sub"})
-        for (const auto* e : vt::entries(fam, isVectorCode)) {
-            if (std::string_view(e->type) == "32f")
-                checkFailures<float>(*e);
-            else
-                checkFailures<double>(*e);
-        }
+    eachVectorFunction([](auto t, const CatalogueEntry& e) { checkFailures<decltype(t)>(e); });
 }
 
 TEST(VectorAddSub, FrameEdgeCases)
