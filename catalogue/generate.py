@@ -25,9 +25,11 @@ SIZE_SETS = {
     "vector": [None, "3x1", "4x1", "5x1", "6x1"],
     "matrix": [None, "3x3", "4x4", "5x5", "6x6"],
     "3x1": ["3x1"],
+    "square": ["3x3", "4x4", "5x5", "6x6"],
     "generic": [None],
 }
 LAYOUT_ENUM = {"": "C", "S2": "S2", "P": "P", "PS2": "PS2", "L": "L", "LS2": "LS2"}
+PREFIX = "vorx"
 
 # The arguments each operand kind brings in each layout: 'x' the element pointer,
 # 't' a table of pointers, then the integer words in order.
@@ -72,9 +74,16 @@ class Function:
     def __init__(self, row, code, tname, size, layout):
         self.row, self.code, self.tname, self.size, self.layout = row, code, tname, size, layout
         self.family = row["family"]
+        self.prefix = row.get("prefix", PREFIX)
+        self.ret = row.get("ret", "vorxStatus")
+        # The kernels share a family with exported operations but have bodies of
+        # their own: their label and body tag carry the prefix.
+        own = "" if self.prefix == PREFIX else self.prefix
+        self.label = own + self.family
+        self.tag = "%s_%s" % (self.label, code)
         self.operands = split_codes(code)
         self.array = any(k in ARRAY_KINDS for k in self.operands)
-        parts = ["vorx" + self.family, code, tname]
+        parts = [self.prefix + self.family, code, tname]
         if size:
             parts.append(size)
         if layout:
@@ -144,21 +153,33 @@ class Function:
             self.call.append("make<K::%s, Lay::%s>(%s)" % (k, LAYOUT_ENUM[layout], ", ".join(args)))
 
     @property
+    def group(self):
+        """The operand group: the code without any T, as the units are cut."""
+        return self.code.replace("T", "")
+
+    @property
     def unit(self):
         if "unit" in self.row:
             return self.row["unit"](self)
-        group = self.code.replace("T", "")
-        base = "vorx%s_%s" % (self.family.lower(), group)
+        base = "vorx%s_%s" % (self.family.lower(), self.group)
         return base + ("_" + self.size if self.size else "")
+
+    @property
+    def body_layout(self):
+        """The layout the body is chosen by. A suffix of layout letters (Copy,
+        LoadIdentity) hands over the layout of its first letter; the layout of each
+        operand travels in its own view anyway."""
+        if self.layout in LAYOUT_ENUM:
+            return LAYOUT_ENUM[self.layout]
+        return LAYOUT_ENUM[PAIR_LETTER[self.layout[0]]]
 
     def prototype(self):
         ps = ", ".join("%s %s" % (p.ctype, p.name) for p in self.params) or "void"
-        return "vorxStatus %s(%s)" % (self.name, ps)
+        return "%s %s(%s)" % (self.ret, self.name, ps)
 
     def wrapper(self):
-        body = "Body<tag::%s_%s, %s, %d, Lay::%s>::run(%s)" % (
-            self.family, self.code, TYPES[self.tname], self.n, LAYOUT_ENUM[self.layout],
-            ", ".join(self.call))
+        body = "Body<tag::%s, %s, %d, Lay::%s>::run(%s)" % (
+            self.tag, TYPES[self.tname], self.n, self.body_layout, ", ".join(self.call))
         return "VORX_EXPORT %s\n{\n    return %s;\n}\n" % (self.prototype(), body)
 
 
@@ -231,17 +252,17 @@ def header_text():
     out = [HEADER_TOP]
     section = None
     for f in catalogue(built_only=True):
-        key = (f.family, f.row["codes"])
+        key = (f.label, f.row["codes"])
         if key != section:
             section = key
-            out.append("\n/* %s: %s */\n" % (f.family, f.row["codes"]))
+            out.append("\n/* %s: %s */\n" % key)
         out.append(f.prototype() + ";\n")
     out.append(HEADER_BOTTOM)
     return "".join(out)
 
 
-def exported_names():
-    return sorted(["vorxGetLibVersion"] + [f.name for f in catalogue(built_only=True)])
+def exported_names(built_only=True):
+    return sorted(["vorxGetLibVersion"] + [f.name for f in catalogue(built_only)])
 
 
 ADAPTER_NOTE = """\
@@ -307,8 +328,11 @@ def adapters(funcs):
                 args.append("(%s)a.%s" % (p.ctype, p.name))
             else:
                 args.append("a.%s" % p.name)
-        out.append('    {"%s", "%s", "%s", "%s", %d, "%s",\n     [](const ArgPack& a) { return %s(%s); }},\n'
-                   % (f.name, f.family, f.code, f.tname, f.n, f.layout, f.name, ", ".join(args)))
+        call = "%s(%s)" % (f.name, ", ".join(args))
+        # A function without a status (the plain kernels) reports success to the table.
+        call = call + "; return vorxStatus(vorxStatusOk);" if f.ret == "void" else "return " + call + ";"
+        out.append('    {"%s", "%s", "%s", "%s", %d, "%s",\n     [](const ArgPack& a) { %s }},\n'
+                   % (f.name, f.label, f.code, f.tname, f.n, f.layout, call))
     out.append("};\n#endif\n")
     return "".join(out)
 
@@ -325,7 +349,7 @@ def _write_if_changed(path, text):
 def counts():
     per = Counter()
     for f in catalogue():
-        per[(f.family, f.code)] += 1
+        per[(f.label, f.code)] += 1
     return per
 
 

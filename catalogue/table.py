@@ -20,11 +20,15 @@ Argument template tokens (space separated, in call order):
     #NAME         a size (unsigned); absent from fixed-size forms
     count?        the object count, present when any operand is an array
 
-Row fields: family, operand codes, sizes ('vector', 'matrix', '3x1', 'generic'),
-template, and `built` once the family is implemented (the header and the export
-list hold exactly the built rows). `layouts` overrides the usual set (three
-layouts without an array operand, six with one); `unit` names the source unit
-when it is not the default `vorx<family>_<group>[_<size>]`.
+Row fields: family, operand codes, sizes ('vector', 'matrix', '3x1', 'square' for
+the fixed matrix sizes alone, 'generic'), template, and `built` once the family is
+implemented (the header and the export list hold exactly the built rows).
+`layouts` overrides the usual set (three layouts without an array operand, six
+with one); it may also be a set of layout letters (S, P, L, or pairs of them,
+source first), which the /1 /2 suffixes of the template read. `unit` names the
+source unit when it is not the default `vorx<family>_<group>[_<size>]`; it is
+given the Function. `prefix` replaces `vorx` in the name (the determinant
+kernels) and `ret` the return type `vorxStatus`.
 """
 
 VEC_SOURCES_2 = "src1:@1 src2:@2 dst:*v #len count?"
@@ -35,6 +39,15 @@ MAT_PRODUCT = "src1:@1 #src1Width #src1Height src2:@2 #src2Width #src2Height dst
 MAT_T2 = ["mm", "mmT", "mTm", "mTmT", "mam", "mamT", "maTm", "maTmT",
           "mama", "mamaT", "maTma", "maTmaT"]
 MAT_SINGLE_ARRAY2 = ["mma", "mmaT", "mTma", "mTmaT"]
+
+# Copy's layout pairs, source letter first: S Strided, P Pointer-strided, L List-strided.
+COPY_PAIRS = [a + b for a in "SPL" for b in "SPL"]
+
+
+def det_kernel_unit(f):
+    """The hand-written kernels: one unit per operand code and size."""
+    return "vorxDet_%s_%s_a6w7" % (f.code, f.size)
+
 
 ROWS = [
     # Vector addition and subtraction.
@@ -63,4 +76,90 @@ ROWS = [
     # One matrix for all right sides, with the unread object stride of the mava list.
     dict(family="LUBackSubst", codes="mva", sizes="matrix",
          args="src:mq perm:cu32p src2:@2 dst:*v #size count?"),
+
+    # Saxpy and linear combination: each scale stands behind the vector it weights.
+    dict(family="Saxpy", codes="vv vav vva vava", sizes="vector",
+         args="src1:@1 scale:val src2:@2 dst:*v #len count?"),
+    dict(family="LComb", codes="vv vav vava", sizes="vector",
+         args="src1:@1 scale1:val src2:@2 scale2:val dst:*v #len count?"),
+
+    # Dot product and L2 norm give one scalar per object, adjacent, whatever the layout.
+    dict(family="DotProduct", codes="vv vav vava", sizes="vector",
+         args="src1:@1 src2:@2 dst:res #len count?"),
+    dict(family="L2Norm", codes="v va", sizes="vector", args="src:@1 dst:res #len count?"),
+    # The cross product exists at length 3 only; one unit per group.
+    dict(family="CrossProduct", codes="vv vav vva vava", sizes="3x1",
+         args="src1:@1 src2:@2 dst:*v count?", unit=lambda f: "vorxcrossproduct_" + f.group),
+
+    # Multiplication by a constant, which is always the second operand.
+    dict(family="Mul", codes="vc vac", sizes="vector", args=VEC_SOURCE_VALUE),
+    dict(family="Mul", codes="mc mTc mac maTc", sizes="matrix",
+         args="src:@1 value:val dst:*m #width #height count?"),
+    # Matrix by vector: the sizes stand behind their own operand, as in matrix by matrix.
+    dict(family="Mul", codes="mv mTv mva mTva mav maTv mava maTva", sizes="matrix",
+         args="src1:@1 #src1Width #src1Height src2:@2 #src2Len dst:*v count?"),
+    # Gaxpy names only the vectors' kind; the one matrix is never an array.
+    dict(family="Gaxpy", codes="v va", sizes="matrix",
+         args="src1:m src2:@1 src3:@1 dst:*v #width #height count?"),
+
+    # Matrix functionals: the sizes come before the scalar results.
+    dict(family="Trace", codes="m ma", sizes="matrix",
+         args="src:@1 #widthHeight dst:res count?"),
+    dict(family="FrobNorm", codes="m ma", sizes="matrix",
+         args="src:@1 #width #height dst:res count?"),
+    # The sizes of the transpose are those of the source.
+    dict(family="Transpose", codes="m ma", sizes="matrix",
+         args="src:@1 #width #height dst:*m count?"),
+
+    # Layout converters, any size only, one unit per element type. Copy names the
+    # source's and the destination's layout by one letter each.
+    dict(family="Copy", codes="va", sizes="generic", layouts=COPY_PAIRS,
+         args="src:@1/1 dst:@1/2 #len count?", unit=lambda f: "vorxcopy" + f.tname),
+    dict(family="Copy", codes="ma", sizes="generic", layouts=COPY_PAIRS,
+         args="src:@1/1 dst:@1/2 #width #height count?", unit=lambda f: "vorxcopy" + f.tname),
+    # Extract gathers into a dense buffer and has no Contiguous form.
+    dict(family="Extract", codes="v", sizes="generic", layouts=["S2", "P"],
+         args="src:@1 dst:Tp #len count?", unit=lambda f: "vorxextract" + f.tname),
+    dict(family="Extract", codes="va", sizes="generic", layouts=["S2", "PS2", "LS2"],
+         args="src:@1 dst:Tp #len count?", unit=lambda f: "vorxextract" + f.tname),
+    dict(family="Extract", codes="m mT", sizes="generic", layouts=["S2", "P"],
+         args="src:@1 dst:Tp #width #height count?", unit=lambda f: "vorxextract" + f.tname),
+    dict(family="Extract", codes="ma maT", sizes="generic", layouts=["S2", "PS2", "LS2"],
+         args="src:@1 dst:Tp #width #height count?", unit=lambda f: "vorxextract" + f.tname),
+    dict(family="LoadIdentity", codes="ma", sizes="generic", layouts=["S", "P", "L"],
+         args="dst:@1/1 #width #height count?", unit=lambda f: "vorxload"),
+
+    # Determinant: the any-size forms eliminate in a caller's scratch buffer, the
+    # fixed sizes have closed forms and no buffer.
+    dict(family="Det", codes="m ma", sizes="generic",
+         args="src:@1 #size scratch:Tp dst:res count?"),
+    dict(family="Det", codes="m ma", sizes="square", args="src:@1 dst:res count?"),
+    # The kernels behind the fixed sizes in layouts none and L: the same lists as
+    # the exported forms. Only the List-layout kernel reports (0, or -2 at a null entry).
+    dict(family="Det", prefix="a6_", codes="m ma", sizes="square", layouts=[""], ret="void",
+         args="src:@1 dst:res count?", unit=det_kernel_unit),
+    dict(family="Det", prefix="a6_", codes="ma", sizes="square", layouts=["L"], ret="int32_t",
+         args="src:@1 dst:res count?", unit=det_kernel_unit),
+
+    # Inversion: the same split between any size with scratch and fixed sizes without.
+    dict(family="Invert", codes="m ma", sizes="generic",
+         args="src:@1 #size scratch:Tp dst:*m count?"),
+    dict(family="Invert", codes="m ma", sizes="square", args="src:@1 dst:*m count?"),
+
+    # Cholesky: the fixed sizes forward to the any-size form, one unit per group.
+    dict(family="CholeskyDecomp", codes="m ma", sizes="matrix",
+         args="src:@1 dst:*m #widthHeight count?", unit=lambda f: "vorxcholdecomp_" + f.group),
+    dict(family="CholeskyBackSubst", codes="mv mva mava", sizes="matrix",
+         args="src1:@1 src2:@2 dst:*v #widthHeight count?",
+         unit=lambda f: "vorxcholbacksubst_" + f.group),
+
+    # QR: a scratch vector of `height` elements stands before dst (before src2 in
+    # the back substitution).
+    dict(family="QRDecomp", codes="m ma", sizes="matrix",
+         args="src:@1 scratch:Tp dst:*m #width #height count?"),
+    dict(family="QRBackSubst", codes="mv mava", sizes="matrix",
+         args="src1:@1 scratch:Tp src2:@2 dst:*v #width #height count?"),
+    # One matrix for all right sides, with the unread object stride of the mava list.
+    dict(family="QRBackSubst", codes="mva", sizes="matrix",
+         args="src1:mq scratch:Tp src2:@2 dst:*v #width #height count?"),
 ]
