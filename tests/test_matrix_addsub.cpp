@@ -14,16 +14,7 @@ using vt::Laid;
 bool isMatrixCode(const CatalogueEntry& e) { return e.code[0] == 'm'; }
 
 template <class T>
-T reference(bool sub, T a, T b)
-{
-    if constexpr (sizeof(T) == 4) {
-        volatile float r = sub ? a - b : a + b;
-        return r;
-    } else {
-        long double x = a, y = b;
-        return vt::roundToDouble(sub ? x - y : x + y);
-    }
-}
+T reference(bool sub, T a, T b) { return vt::addOrSub(sub, a, b); }
 
 // The 3x3 32f mam/mamT forms in Contiguous and List layouts: a pipeline with no zero
 // test. The List pair also tests its entries out of step.

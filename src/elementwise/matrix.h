@@ -15,53 +15,40 @@ namespace mat {
 
 using sse::R;
 
-// One row of N floats in registers:
-//   3  r: e0, 0, e1, e2 (a 32-bit and a 64-bit move, exactly three elements touched)
-//   4  r: e0..e3
-//   5  r: e0..e3, s: e4 in lane 0 (one packed and one scalar operation)
-//   6  r: e0..e3, s: e4, e5 in the low lanes
+// A matrix of N x N floats in row registers:
+//   3  r[i]: e0, 0, e1, e2 (a 32-bit and a 64-bit move, exactly three elements touched)
+//   4  r[i]: e0..e3
+//   5  r[i]: e0..e3, s[i]: e4 in lane 0 (one packed and one scalar operation a row)
+//   6  r[i]: e0..e3, s[q]: e4, e5 of row 2q in the low half and of row 2q+1 in the high
 template <int N>
-struct Row {
-    R r, s;
+struct Rows {
+    static constexpr int S = N == 5 ? 5 : N == 6 ? 3 : 1;
+    R r[N];
+    R s[S];
 };
 
 template <int N, bool A>
-Row<N> loadRow(const float* p)
+R loadHead(const float* p)
 {
-    if constexpr (N == 3) {
-        return {sse::load3(p), R{}};
-    } else {
-        R r = A ? sse::load4a(p) : sse::load4u(p);
-        if constexpr (N == 4) return {r, R{}};
-        if constexpr (N == 5) return {r, sse::load1(p + 4)};
-        if constexpr (N == 6) return {r, sse::load2(p + 4)};
-    }
+    if constexpr (N == 3) return sse::load3(p);
+    else return A ? sse::load4a(p) : sse::load4u(p);
 }
-
 template <int N, bool A>
-void storeRow(float* p, Row<N> x)
+void storeHead(float* p, R x)
 {
-    if constexpr (N == 3) {
-        sse::store3(p, x.r);
-    } else {
-        if (A) sse::store4a(p, x.r); else sse::store4u(p, x.r);
-        if constexpr (N == 5) sse::store1(p + 4, x.s);
-        if constexpr (N == 6) sse::store2(p + 4, x.s);
-    }
+    if constexpr (N == 3) sse::store3(p, x);
+    else if constexpr (A) sse::store4a(p, x);
+    else sse::store4u(p, x);
 }
 
 template <class Op, int N>
-Row<N> opRow(Row<N> a, Row<N> b)
+Rows<N> opRows(const Rows<N>& a, const Rows<N>& b)
 {
-    if constexpr (N == 5) return {Op::p(a.r, b.r), Op::p1(a.s, b.s)};
-    else if constexpr (N == 6) return {Op::p(a.r, b.r), Op::p(a.s, b.s)};
-    else return {Op::p(a.r, b.r), R{}};
+    Rows<N> m;
+    for (int i = 0; i < N; ++i) m.r[i] = Op::p(a.r[i], b.r[i]);
+    for (int q = 0; q < m.S; ++q) m.s[q] = N == 5 ? Op::p1(a.s[q], b.s[q]) : Op::p(a.s[q], b.s[q]);
+    return m;
 }
-
-template <int N>
-struct Rows {
-    Row<N> row[N];
-};
 
 // Row pointers of object k: at(k, i, 0) of a plain view. Object index signed, so that
 // the pipeline below can reach the word in front of a list.
@@ -70,13 +57,32 @@ T* rowOf(const Direct<T>& v, intptr_t k, uint32_t i) { return byteAt(v.x, k * v.
 template <class T>
 T* rowOf(const ObjTable<T>& v, intptr_t k, uint32_t i) { return byteAt(v.x[k], v.bs + step(i, v.rs)); }
 
-// A plain source, rows in result orientation.
+// A plain source, rows in result orientation; and the store of a result.
 template <int N, bool A, class V>
 Rows<N> fetchRows(const V& v, intptr_t k)
 {
-    Rows<N> m;
-    for (uint32_t i = 0; i < N; ++i) m.row[i] = loadRow<N, A>(rowOf(v, k, i));
+    Rows<N> m{};
+    for (uint32_t i = 0; i < N; ++i) {
+        const float* p = rowOf(v, k, i);
+        m.r[i] = loadHead<N, A>(p);
+        if constexpr (N == 5) m.s[i] = sse::load1(p + 4);
+        if constexpr (N == 6)
+            if (i & 1) m.s[i / 2] = _mm_loadh_pi(sse::load2(rowOf(v, k, i - 1) + 4), sse::half(p + 4));
+    }
     return m;
+}
+template <int N, bool A, class V>
+void storeRows(const V& v, intptr_t k, const Rows<N>& m)
+{
+    for (uint32_t i = 0; i < N; ++i) {
+        float* p = rowOf(v, k, i);
+        storeHead<N, A>(p, m.r[i]);
+        if constexpr (N == 5) sse::store1(p + 4, m.s[i]);
+        if constexpr (N == 6) {
+            if (i & 1) _mm_storeh_pi(sse::half(p + 4), m.s[i / 2]);
+            else sse::store2(p + 4, m.s[i / 2]);
+        }
+    }
 }
 
 // A transposed 3x3 source: three full-width loads of the stored rows (the fourth lane,
@@ -92,10 +98,10 @@ Rows<3> fetchRows3T(const V& v, intptr_t k, int32_t rowStride)
              : sse::load4u(byteAt(p, 2 * rowStride));
     R lo = _mm_shuffle_ps(s1, s2, 0x00);   // a10 a10 a20 a20
     R hi = _mm_shuffle_ps(s1, s2, 0x99);   // a11 a12 a21 a22
-    Rows<3> m;
-    m.row[0].r = _mm_shuffle_ps(s0, lo, 0x80);  // a00 a00 a10 a20
-    m.row[1].r = _mm_shuffle_ps(s0, hi, 0x85);  // a01 a01 a11 a21
-    m.row[2].r = _mm_shuffle_ps(s0, hi, 0xda);  // a02 a02 a12 a22
+    Rows<3> m{};
+    m.r[0] = _mm_shuffle_ps(s0, lo, 0x80);  // a00 a00 a10 a20
+    m.r[1] = _mm_shuffle_ps(s0, hi, 0x85);  // a01 a01 a11 a21
+    m.r[2] = _mm_shuffle_ps(s0, hi, 0xda);  // a02 a02 a12 a22
     return m;
 }
 
@@ -180,6 +186,21 @@ struct AlignSrc1 {
     static bool aligned(const A& a, const B&, const D&, uint32_t k) { return (alignBits(a, k) & 15) == 0; }
 };
 
+// The alignment test of vorxAdd_mam_32f_6x6, vorxSub_mam_32f_6x6 and
+// vorxAdd_mama_32f_6x6: src1's object stride is the only one in it, so dst's (and
+// src2's) may break the alignment the test sees. Callers must keep them multiples of
+// 16 whenever the rest is.
+struct AlignButLaterObjectStrides {
+    template <class B>
+    static bool aligned(const Direct<const float>& a, const B& b, const Direct<float>& d, uint32_t)
+    {
+        uintptr_t bits = reinterpret_cast<uintptr_t>(a.x) | static_cast<uint32_t>(a.os | a.rs) |
+                         reinterpret_cast<uintptr_t>(b.x) | static_cast<uint32_t>(b.rs) |
+                         reinterpret_cast<uintptr_t>(d.x) | static_cast<uint32_t>(d.rs);
+        return (bits & 15) == 0;
+    }
+};
+
 }  // namespace mat
 
 // How a packed form of size N holds one source for one object: row registers, the
@@ -257,7 +278,7 @@ vorxStatus packedMatrices(A a, B b, D d, uint32_t count, bool array)
             constexpr bool Al = decltype(al)::value;
             Rows<N> x = Single == 1 ? inv : rows(a, k, al);
             Rows<N> y = Single == 2 ? inv : rows(b, k, al);
-            for (uint32_t i = 0; i < N; ++i) storeRow<N, Al>(rowOf(d, k, i), opRow<Op, N>(x.row[i], y.row[i]));
+            storeRows<N, Al>(d, k, opRows<Op, N>(x, y));
         };
         auto object = [&](uint32_t k) {
             bool al = IsObjTable<D>::value ? Align::aligned(a, b, d, k) : alignedCall;
@@ -300,9 +321,7 @@ vorxStatus pipelined3x3(A a, B b, D d, uint32_t count, int32_t src2RowStride)
         inv = fetchRows<3, false>(b2, 0);
     }
     Rows<3> cur = fetchRows<3, false>(a, 0);
-    auto finish = [&](const Rows<3>& x, intptr_t k) {
-        for (uint32_t i = 0; i < 3; ++i) storeRow<3, false>(rowOf(d, k, i), opRow<Op, 3>(x.row[i], inv.row[i]));
-    };
+    auto finish = [&](const Rows<3>& x, intptr_t k) { storeRows<3, false>(d, k, opRows<Op, 3>(x, inv)); };
     for (uint32_t k = 1; k < count; ++k) {
         if constexpr (list) {
             if (!a.x[k] || !d.x[k - 1]) return kNull;
