@@ -264,30 +264,6 @@ const CatalogueEntry& entry(const char* name)
     return kCatalogue[0];
 }
 
-// vorxAdd_mam_32f_3x3 writes one matrix at count 0, its twins and neighbours nothing.
-TEST(MatrixAddSub, CountZeroComputesOneObjectInThePipelinedContiguousForms)
-{
-    float a[9], b[12] = {}, d[9];
-    for (int n = 0; n < 9; ++n) a[n] = static_cast<float>(n), b[n] = 0.5f * static_cast<float>(n);
-    for (float& x : d) x = -1;
-    ASSERT_EQ(vorxAdd_mam_32f_3x3(a, 36, 12, b, 12, d, 36, 12, 0), vorxStatusOk);
-    for (int n = 0; n < 9; ++n) EXPECT_EQ(d[n], a[n] + b[n]);
-    for (float& x : d) x = -1;
-    ASSERT_EQ(vorxSub_mamT_32f_3x3(a, 36, 12, b, 12, d, 36, 12, 0), vorxStatusOk);
-    EXPECT_EQ(d[1], a[1] - b[3]);
-    for (float& x : d) x = -1;
-    EXPECT_EQ(vorxAdd_mam_32f_3x3_S2(a, 36, 12, 4, b, 12, 4, d, 36, 12, 4, 0), vorxStatusOk);
-    EXPECT_EQ(vorxSub_mam_64f_3x3(reinterpret_cast<double*>(a), 0, 24, reinterpret_cast<double*>(a), 24,
-                                  reinterpret_cast<double*>(d), 0, 24, 0), vorxStatusOk);
-    float d4[16], a4[16] = {};
-    for (float& x : d4) x = -1;
-    EXPECT_EQ(vorxAdd_mam_32f_4x4(a4, 64, 16, a4, 16, d4, 64, 16, 0), vorxStatusOk);
-    EXPECT_EQ(vorxAdd_mama_32f_3x3(a, 36, 12, b, 36, 12, d, 36, 12, 0), vorxStatusOk);
-    EXPECT_EQ(vorxAdd_maTm_32f_3x3(a, 36, 12, b, 12, d, 36, 12, 0), vorxStatusOk);
-    for (float x : d) EXPECT_EQ(x, -1.0f);
-    for (float x : d4) EXPECT_EQ(x, -1.0f);
-}
-
 // The List pair at count 0 stores through the word in front of the dst list, and
 // tests it first; null gives -8 with nothing written.
 TEST(MatrixAddSub, PipelinedListFormsUseTheWordInFrontOfDstAtCountZero)
@@ -443,16 +419,6 @@ TEST(MatrixAddSub, AlignedDataTakesTheAlignedMoves)
                         << name << " " << k << " " << i << " " << j;
                 }
     }
-}
-
-TEST(MatrixAddSub, TransposedSourceOfANonSquareShape)
-{
-    // width 5, height 3: src1 stored with 5 rows of 3, dst[2][4] = src1(4, 2) + src2(2, 4).
-    float s1[15], s2[15], d[15];
-    for (int n = 0; n < 15; ++n) s1[n] = static_cast<float>(n), s2[n] = 100.0f * static_cast<float>(n);
-    ASSERT_EQ(vorxAdd_mTm_32f(s1, 12, s2, 20, d, 20, 5, 3), vorxStatusOk);
-    EXPECT_EQ(d[2 * 5 + 4], s1[4 * 3 + 2] + s2[2 * 5 + 4]);
-    EXPECT_EQ(vorxAdd_mTm_32f(s1, 12, s2, 20, d, 20, 0, 3), vorxStatusBadSize);
 }
 
 }  // namespace

@@ -120,7 +120,7 @@ inline void storeTile(float* r0, float* r1, R t)
 inline R flip(R t) { return _mm_shuffle_ps(t, t, _MM_SHUFFLE(3, 1, 2, 0)); }
 
 // The tile of a source at result tile position (p, q); a transposed source's stored
-// tile (q, p) is loaded and flipped, or left in stored orientation (`stored`).
+// tile (q, p) is loaded and flipped (storedTile: left in stored orientation).
 template <class V>
 R tileOf(const V& v, intptr_t k, uint32_t p, uint32_t q)
 {
