@@ -60,9 +60,9 @@ ROWS = [
          built=True),
 
     # Matrix addition and subtraction.
-    dict(family="Add", codes=" ".join(MAT_T2), sizes="matrix", args=MAT_SOURCES_2),
+    dict(family="Add", codes=" ".join(MAT_T2), sizes="matrix", args=MAT_SOURCES_2, built=True),
     dict(family="Sub", codes=" ".join(MAT_T2 + MAT_SINGLE_ARRAY2), sizes="matrix",
-         args=MAT_SOURCES_2),
+         args=MAT_SOURCES_2, built=True),
 
     # Matrix by matrix: each source's sizes stand behind its own arguments.
     dict(family="Mul", codes=" ".join(MAT_T2 + MAT_SINGLE_ARRAY2), sizes="matrix",

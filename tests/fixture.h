@@ -258,6 +258,19 @@ inline double roundToDouble(long double x)
     return d;
 }
 
+// The reference of one element-wise sum or difference: one operation, one rounding.
+template <class T>
+T addOrSub(bool sub, T a, T b)
+{
+    if constexpr (sizeof(T) == 4) {
+        volatile float r = sub ? a - b : a + b;
+        return r;
+    } else {
+        long double x = a, y = b;
+        return roundToDouble(sub ? x - y : x + y);
+    }
+}
+
 template <class T>
 bool sameBits(T a, T b) { return std::memcmp(&a, &b, sizeof a) == 0; }
 

@@ -29,18 +29,8 @@ void eachVectorFunction(Check check)
         }
 }
 
-// The reference of one element: one operation, one rounding.
 template <class T>
-T reference(bool sub, T a, T b)
-{
-    if constexpr (sizeof(T) == 4) {
-        volatile float r = sub ? a - b : a + b;
-        return r;
-    } else {
-        long double x = a, y = b;
-        return vt::roundToDouble(sub ? x - y : x + y);
-    }
-}
+T reference(bool sub, T a, T b) { return vt::addOrSub(sub, a, b); }
 
 // One call of a vector Add/Sub function on fresh random operands.
 template <class T>

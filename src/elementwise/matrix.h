@@ -1,0 +1,481 @@
+// Matrix addition and subtraction: the family template, its tags, and the packed 32f
+// schemes of the fixed sizes in Contiguous and List layouts.
+//
+// Every scheme computes each element with the one operation of the element loop, so
+// packed, mixed and scalar forms give the same bits; they differ only in the moves.
+#pragma once
+
+#include <type_traits>
+
+#include "elementwise.h"
+
+namespace vorx {
+
+namespace mat {
+
+using sse::R;
+
+// A matrix of N x N floats in row registers:
+//   3  r[i]: e0, 0, e1, e2 (a 32-bit and a 64-bit move, exactly three elements touched)
+//   4  r[i]: e0..e3
+//   5  r[i]: e0..e3, s[i]: e4 in lane 0 (one packed and one scalar operation a row)
+//   6  r[i]: e0..e3, s[q]: e4, e5 of row 2q in the low half and of row 2q+1 in the high
+template <int N>
+struct Rows {
+    static constexpr int S = N == 5 ? 5 : N == 6 ? 3 : 1;
+    R r[N];
+    R s[S];
+};
+
+template <int N, bool A>
+R loadHead(const float* p)
+{
+    if constexpr (N == 3) return sse::load3(p);
+    else return A ? sse::load4a(p) : sse::load4u(p);
+}
+template <int N, bool A>
+void storeHead(float* p, R x)
+{
+    if constexpr (N == 3) sse::store3(p, x);
+    else if constexpr (A) sse::store4a(p, x);
+    else sse::store4u(p, x);
+}
+
+template <class Op, int N>
+Rows<N> opRows(const Rows<N>& a, const Rows<N>& b)
+{
+    Rows<N> m;
+    for (int i = 0; i < N; ++i) m.r[i] = Op::p(a.r[i], b.r[i]);
+    for (int q = 0; q < m.S; ++q) m.s[q] = N == 5 ? Op::p1(a.s[q], b.s[q]) : Op::p(a.s[q], b.s[q]);
+    return m;
+}
+
+// Row pointers of object k: at(k, i, 0) of a plain view. Object index signed, so that
+// the pipeline below can reach the word in front of a list.
+template <class T>
+T* rowOf(const Direct<T>& v, intptr_t k, uint32_t i) { return byteAt(v.x, k * v.os + step(i, v.rs)); }
+template <class T>
+T* rowOf(const ObjTable<T>& v, intptr_t k, uint32_t i) { return byteAt(v.x[k], v.bs + step(i, v.rs)); }
+
+// A plain source, rows in result orientation; and the store of a result.
+template <int N, bool A, class V>
+Rows<N> fetchRows(const V& v, intptr_t k)
+{
+    Rows<N> m{};
+    for (uint32_t i = 0; i < N; ++i) {
+        const float* p = rowOf(v, k, i);
+        m.r[i] = loadHead<N, A>(p);
+        if constexpr (N == 5) m.s[i] = sse::load1(p + 4);
+        if constexpr (N == 6)
+            if (i & 1) m.s[i / 2] = _mm_loadh_pi(sse::load2(rowOf(v, k, i - 1) + 4), sse::half(p + 4));
+    }
+    return m;
+}
+template <int N, bool A, class V>
+void storeRows(const V& v, intptr_t k, const Rows<N>& m)
+{
+    for (uint32_t i = 0; i < N; ++i) {
+        float* p = rowOf(v, k, i);
+        storeHead<N, A>(p, m.r[i]);
+        if constexpr (N == 5) sse::store1(p + 4, m.s[i]);
+        if constexpr (N == 6) {
+            if (i & 1) _mm_storeh_pi(sse::half(p + 4), m.s[i / 2]);
+            else sse::store2(p + 4, m.s[i / 2]);
+        }
+    }
+}
+
+// A transposed 3x3 source: three full-width loads of the stored rows (the fourth lane,
+// one element behind each row, is read and dropped), then five shuffles give the
+// transposed rows in the 3-column pattern.
+template <bool A, class V>
+Rows<3> fetchRows3T(const V& v, intptr_t k, int32_t rowStride)
+{
+    const float* p = rowOf(v, k, 0);
+    R s0 = A ? sse::load4a(p) : sse::load4u(p);                      // a00 a01 a02 x
+    R s1 = A ? sse::load4a(byteAt(p, rowStride)) : sse::load4u(byteAt(p, rowStride));
+    R s2 = A ? sse::load4a(byteAt(p, 2 * rowStride))
+             : sse::load4u(byteAt(p, 2 * rowStride));
+    R lo = _mm_shuffle_ps(s1, s2, 0x00);   // a10 a10 a20 a20
+    R hi = _mm_shuffle_ps(s1, s2, 0x99);   // a11 a12 a21 a22
+    Rows<3> m{};
+    m.r[0] = _mm_shuffle_ps(s0, lo, 0x80);  // a00 a00 a10 a20
+    m.r[1] = _mm_shuffle_ps(s0, hi, 0x85);  // a01 a01 a11 a21
+    m.r[2] = _mm_shuffle_ps(s0, hi, 0xda);  // a02 a02 a12 a22
+    return m;
+}
+
+// 2x2 tiles for the transposed forms of 4x4 to 6x6. A tile holds columns c, c+1 of
+// row r in its low half and of row r+1 in its high half, by two 64-bit moves.
+inline R loadTile(const float* r0, const float* r1)
+{
+    return _mm_loadh_pi(_mm_loadl_pi(sse::zero(), sse::half(r0)), sse::half(r1));
+}
+inline void storeTile(float* r0, float* r1, R t)
+{
+    _mm_storel_pi(sse::half(r0), t);
+    _mm_storeh_pi(sse::half(r1), t);
+}
+// m[r][c] m[r][c+1] m[r+1][c] m[r+1][c+1]  ->  m[r][c] m[r+1][c] m[r][c+1] m[r+1][c+1]
+inline R flip(R t) { return _mm_shuffle_ps(t, t, _MM_SHUFFLE(3, 1, 2, 0)); }
+
+// The tile of a source at result tile position (p, q); a transposed source's stored
+// tile (q, p) is loaded and flipped (storedTile: left in stored orientation).
+template <class V>
+R tileOf(const V& v, intptr_t k, uint32_t p, uint32_t q)
+{
+    return loadTile(rowOf(v, k, 2 * p) + 2 * q, rowOf(v, k, 2 * p + 1) + 2 * q);
+}
+template <class V>
+R tileOf(const Tr<V>& v, intptr_t k, uint32_t p, uint32_t q) { return flip(tileOf(v.v, k, q, p)); }
+template <class V>
+R storedTile(const Tr<V>& v, intptr_t k, uint32_t p, uint32_t q) { return tileOf(v.v, k, q, p); }
+
+// N x N in tiles: a grid of (N/2)^2 tiles, and at N = 5 the last row and column as
+// scalars of the element loop.
+template <int N>
+struct Tiles {
+    static constexpr uint32_t G = N / 2;
+    R t[G * G];
+    float edge[2 * N - 1];  // N = 5: column 4 of rows 0..3, then row 4
+};
+
+template <class V>
+constexpr bool isTr = false;
+template <class V>
+constexpr bool isTr<Tr<V>> = true;
+
+template <class T>
+T* elemOf(const Direct<T>& v, intptr_t k, uint32_t i, uint32_t j) { return rowOf(v, k, i) + j; }
+template <class T>
+T* elemOf(const ObjTable<T>& v, intptr_t k, uint32_t i, uint32_t j) { return rowOf(v, k, i) + j; }
+template <class V>
+auto elemOf(const Tr<V>& v, intptr_t k, uint32_t i, uint32_t j) { return elemOf(v.v, k, j, i); }
+
+// Alignment bits of an operand for object k: pointer and strides ORed; a list
+// entry takes part with its shift.
+template <class T>
+uintptr_t alignBits(const Direct<T>& v, uint32_t)
+{
+    return reinterpret_cast<uintptr_t>(v.x) | static_cast<uint32_t>(v.os) | static_cast<uint32_t>(v.rs);
+}
+template <class T>
+uintptr_t alignBits(const ObjTable<T>& v, uint32_t k)
+{
+    return reinterpret_cast<uintptr_t>(byteAt(v.x[k], v.bs)) | static_cast<uint32_t>(v.rs);
+}
+template <class V>
+uintptr_t alignBits(const Tr<V>& v, uint32_t k) { return alignBits(v.v, k); }
+
+// The alignment test of the dispatching forms: every pointer and stride of the call.
+// A function whose test leaves words out names them in its own unit.
+struct AlignAll {
+    template <class A, class B, class D>
+    static bool aligned(const A& a, const B& b, const D& d, uint32_t k)
+    {
+        return ((alignBits(a, k) | alignBits(b, k) | alignBits(d, k)) & 15) == 0;
+    }
+};
+struct NoAlign {
+    template <class A, class B, class D>
+    static bool aligned(const A&, const B&, const D&, uint32_t) { return false; }
+};
+// 3x3 maTm: src1 and its strides only.
+struct AlignSrc1 {
+    template <class A, class B, class D>
+    static bool aligned(const A& a, const B&, const D&, uint32_t k) { return (alignBits(a, k) & 15) == 0; }
+};
+
+// The alignment test of vorxAdd_mam_32f_6x6, vorxSub_mam_32f_6x6 and
+// vorxAdd_mama_32f_6x6: src1's object stride is the only one in it, so dst's (and
+// src2's) may break the alignment the test sees. Callers must keep them multiples of
+// 16 whenever the rest is.
+struct AlignButLaterObjectStrides {
+    template <class B>
+    static bool aligned(const Direct<const float>& a, const B& b, const Direct<float>& d, uint32_t)
+    {
+        uintptr_t bits = reinterpret_cast<uintptr_t>(a.x) | static_cast<uint32_t>(a.os | a.rs) |
+                         reinterpret_cast<uintptr_t>(b.x) | static_cast<uint32_t>(b.rs) |
+                         reinterpret_cast<uintptr_t>(d.x) | static_cast<uint32_t>(d.rs);
+        return (bits & 15) == 0;
+    }
+};
+
+}  // namespace mat
+
+// How a packed form of size N holds one source for one object: row registers, the
+// 3x3 five-shuffle transposition, or tiles.
+enum class Scheme { Rows, Rows3T, Tiles };
+
+// Fixed size N, 32f, Contiguous and List, the packed schemes. `Single` names the
+// source that is one matrix in an array call (1, 2, or 0): it is loaded (and
+// transposed) once after the table checks, ahead of the count test.
+template <class Op, int N, int Single, Scheme S, class Align, class A, class B, class D>
+vorxStatus packedMatrices(A a, B b, D d, uint32_t count, bool array)
+{
+    using namespace mat;
+    if constexpr (S == Scheme::Tiles) {
+        constexpr uint32_t G = N / 2;
+        constexpr bool both = isTr<A> && isTr<B>;
+        // Where both sources are transposed the tiles meet in stored orientation and
+        // one flip turns the result.
+        auto tiles = [&](const auto& v, intptr_t k) {
+            Tiles<N> m;
+            for (uint32_t p = 0; p < G; ++p)
+                for (uint32_t q = 0; q < G; ++q)
+                    if constexpr (both) m.t[p * G + q] = storedTile(v, k, p, q);
+                    else m.t[p * G + q] = tileOf(v, k, p, q);
+            if constexpr (N == 5) {
+                for (uint32_t i = 0; i < 4; ++i) m.edge[i] = *elemOf(v, k, i, 4);
+                for (uint32_t j = 0; j < 5; ++j) m.edge[4 + j] = *elemOf(v, k, 4, j);
+            }
+            return m;
+        };
+        Tiles<N> inv{};
+        auto before = [&] {
+            if constexpr (Single == 1) inv = tiles(a, 0);
+            if constexpr (Single == 2) inv = tiles(b, 0);
+        };
+        auto object = [&](uint32_t k) {
+            Tiles<N> x = Single == 1 ? inv : tiles(a, k);
+            Tiles<N> y = Single == 2 ? inv : tiles(b, k);
+            for (uint32_t p = 0; p < G; ++p)
+                for (uint32_t q = 0; q < G; ++q) {
+                    R t = Op::p(x.t[p * G + q], y.t[p * G + q]);
+                    if (both) t = flip(t);
+                    storeTile(rowOf(d, k, 2 * p) + 2 * q, rowOf(d, k, 2 * p + 1) + 2 * q, t);
+                }
+            if constexpr (N == 5) {
+                for (uint32_t i = 0; i < 4; ++i) rowOf(d, k, i)[4] = Op::s(x.edge[i], y.edge[i]);
+                for (uint32_t j = 0; j < 5; ++j) rowOf(d, k, 4)[j] = Op::s(x.edge[4 + j], y.edge[4 + j]);
+            }
+        };
+        if (!array) {
+            if (anyNull(a, b, d)) return kNull;
+            object(0);
+            return kOk;
+        }
+        return arrayCall(false, N * N, count, before, object, a, b, d);
+    } else {
+        auto rows = [&](const auto& v, intptr_t k, auto aligned) {
+            constexpr bool Al = decltype(aligned)::value;
+            if constexpr (S == Scheme::Rows3T && isTr<std::decay_t<decltype(v)>>)
+                return fetchRows3T<Al>(v.v, k, v.v.rs);
+            else
+                return fetchRows<N, Al>(v, k);
+        };
+        using Yes = std::true_type;
+        using No = std::false_type;
+        Rows<N> inv{};
+        bool alignedCall = false;
+        auto before = [&] {
+            // Contiguous decides once for the call; List object by object.
+            if constexpr (!IsObjTable<D>::value) alignedCall = Align::aligned(a, b, d, 0);
+            if constexpr (Single == 1) inv = alignedCall ? rows(a, 0, Yes{}) : rows(a, 0, No{});
+            if constexpr (Single == 2) inv = alignedCall ? rows(b, 0, Yes{}) : rows(b, 0, No{});
+        };
+        auto objectAs = [&](uint32_t k, auto al) {
+            constexpr bool Al = decltype(al)::value;
+            Rows<N> x = Single == 1 ? inv : rows(a, k, al);
+            Rows<N> y = Single == 2 ? inv : rows(b, k, al);
+            storeRows<N, Al>(d, k, opRows<Op, N>(x, y));
+        };
+        auto object = [&](uint32_t k) {
+            bool al = IsObjTable<D>::value ? Align::aligned(a, b, d, k) : alignedCall;
+            if (al) objectAs(k, Yes{}); else objectAs(k, No{});
+        };
+        if (!array) {
+            if (anyNull(a, b, d)) return kNull;
+            before();
+            object(0);
+            return kOk;
+        }
+        return arrayCall(false, N * N, count, before, object, a, b, d);
+    }
+}
+
+// The software pipeline of mam and mamT at 3x3, Contiguous and List: object k is
+// loaded while object k-1 is finished and stored; the loop test is count > 1 and the
+// last stage always runs, so count 0 computes one object (there is no zero test).
+// In List layout the entries go out of step with the objects: src1[0] and the last
+// dst entry dst[count-1] first (dst[-1] at count 0), then src1[k] and dst[k-1]
+// before object k is loaded and object k-1 stored.
+// `src2RowStride` is the stride the rows of src2 are stepped with.
+template <class Op, class A, class B, class D>
+vorxStatus pipelined3x3(A a, B b, D d, uint32_t count, int32_t src2RowStride)
+{
+    using namespace mat;
+    if (anyNull(a, b, d)) return kNull;
+    constexpr bool list = IsObjTable<D>::value;
+    const intptr_t last = list ? static_cast<intptr_t>(static_cast<int32_t>(count - 1))
+                               : (count ? static_cast<intptr_t>(count - 1) : 0);
+    if constexpr (list) {
+        if (!a.x[0] || !d.x[last]) return kNull;
+    }
+    Rows<3> inv;
+    if constexpr (isTr<B>) {
+        inv = fetchRows3T<false>(b.v, 0, src2RowStride);
+    } else {
+        B b2 = b;
+        b2.rs = src2RowStride;
+        inv = fetchRows<3, false>(b2, 0);
+    }
+    Rows<3> cur = fetchRows<3, false>(a, 0);
+    auto finish = [&](const Rows<3>& x, intptr_t k) { storeRows<3, false>(d, k, opRows<Op, 3>(x, inv)); };
+    for (uint32_t k = 1; k < count; ++k) {
+        if constexpr (list) {
+            if (!a.x[k] || !d.x[k - 1]) return kNull;
+        }
+        Rows<3> next = fetchRows<3, false>(a, k);
+        finish(cur, k - 1);
+        cur = next;
+    }
+    finish(cur, last);
+    return kOk;
+}
+
+// The bodies built on the pipeline. The rows of src2 are stepped with its own row
+// stride (mam), or, in the mamT forms that name it, with src1's: their src2RowStride
+// is taken and never read.
+struct Src2OwnStride {
+    template <class A, class B>
+    static int32_t rowStride(const A&, const B& b) { return b.rs; }
+};
+struct Src2AtSrc1Stride {
+    template <class A, class B>
+    static int32_t rowStride(const A& a, const B&) { return a.rs; }
+};
+template <class Op, class Stride = Src2OwnStride>
+struct Pipelined3x3 {
+    template <class A, class B, class D>
+    static vorxStatus run(A a, B b, D d, uint32_t, uint32_t, uint32_t count)
+    {
+        int32_t rs;
+        if constexpr (mat::isTr<B>) rs = Stride::rowStride(a, b.v);
+        else rs = Stride::rowStride(a, b);
+        return pipelined3x3<Op>(a, b, d, count, rs);
+    }
+};
+
+// A packed row-register body with an alignment test of its own (see the units that
+// use it: their test leaves some words out).
+template <class Op, int N, int Single, class Align>
+struct PackedRowsWith {
+    template <class A, class B, class D>
+    static vorxStatus run(A a, B b, D d, uint32_t, uint32_t, uint32_t count)
+    {
+        return packedMatrices<Op, N, Single, Scheme::Rows, Align>(a, b, d, count, true);
+    }
+};
+
+template <class T> constexpr bool isMat32 = sizeof(T) == 4;
+
+constexpr unsigned sizes(int a = 0, int b = 0, int c = 0) { return (1u << a | 1u << b | 1u << c) & ~1u; }
+
+// The family. Op the arithmetic; Single the source that is one matrix in an array
+// call (0: none); ScalarC / ScalarL the fixed sizes that stay element loops in
+// Contiguous and List layouts; AlignC / AlignL the sizes with the alignment dispatch.
+template <class Op, int Single, unsigned ScalarC, unsigned ScalarL = ScalarC, unsigned AlignC = 0,
+          unsigned AlignL = AlignC>
+struct MatFamily {
+    template <class T, int N, Lay L>
+    struct Impl {
+        static constexpr bool packed = isMat32<T> && N > 0 && adjacent(L) &&
+                                       !((L == Lay::C ? ScalarC : ScalarL) >> N & 1);
+        static constexpr bool dispatch = N > 0 && ((L == Lay::C ? AlignC : AlignL) >> N & 1);
+
+        template <class A, class B>
+        static constexpr Scheme scheme()
+        {
+            if constexpr (!mat::isTr<A> && !mat::isTr<B>) return Scheme::Rows;
+            else if constexpr (N == 3) return Scheme::Rows3T;
+            else return Scheme::Tiles;
+        }
+
+        template <class Align, class A, class B, class D>
+        static vorxStatus packedRun(A a, B b, D d, uint32_t count, bool array)
+        {
+            return packedMatrices<Op, N, Single, scheme<A, B>(), Align>(a, b, d, count, array);
+        }
+
+        template <class A, class B, class D>
+        static vorxStatus run(A a, B b, D d, uint32_t w, uint32_t h)
+        {
+            if constexpr (packed && dispatch)
+                return packedRun<mat::AlignAll>(a, b, d, 1, false);
+            else if constexpr (packed)
+                return packedRun<mat::NoAlign>(a, b, d, 1, false);
+            else
+                return elementwiseSingle<Op, N>(a, b, d, w, h);
+        }
+
+        template <class A, class B, class D>
+        static vorxStatus run(A a, B b, D d, uint32_t w, uint32_t h, uint32_t count)
+        {
+            if constexpr (packed && dispatch)
+                return packedRun<mat::AlignAll>(a, b, d, count, true);
+            else if constexpr (packed)
+                return packedRun<mat::NoAlign>(a, b, d, count, true);
+            else
+                return elementwiseArray<Op, N>(a, b, d, w, h, count);
+        }
+    };
+};
+
+// 3x3 maTm: the full-width loads of src1 go aligned when src1 and its strides allow.
+template <class Op, unsigned ScalarC>
+struct MatFamilyTm : MatFamily<Op, 2, ScalarC> {
+    template <class T, int N, Lay L>
+    struct Impl : MatFamily<Op, 2, ScalarC>::template Impl<T, N, L> {
+        using Base = typename MatFamily<Op, 2, ScalarC>::template Impl<T, N, L>;
+        using Base::run;
+        template <class A, class B, class D>
+        static vorxStatus run(A a, B b, D d, uint32_t w, uint32_t h, uint32_t count)
+        {
+            if constexpr (Base::packed && N == 3)
+                return Base::template packedRun<mat::AlignSrc1>(a, b, d, count, true);
+            else
+                return Base::run(a, b, d, w, h, count);
+        }
+    };
+};
+
+// Which fixed sizes are element loops (bit N), from the table of packed forms: all
+// 3x3 forms with a transposed source but maTm and mamT, some single-object forms.
+namespace tag {
+constexpr unsigned kAll = sizes(3, 4, 5) | sizes(6);
+// Single objects.
+struct Add_mm : MatFamily<AddOp, 0, kAll> {};
+struct Add_mmT : MatFamily<AddOp, 0, sizes(3, 4, 5)> {};
+struct Add_mTm : MatFamily<AddOp, 0, sizes(3, 4, 5)> {};
+struct Add_mTmT : MatFamily<AddOp, 0, sizes(3, 4, 5)> {};
+struct Sub_mm : MatFamily<SubOp, 0, sizes(5), sizes(5), sizes(4)> {};
+struct Sub_mmT : MatFamily<SubOp, 0, sizes(3, 4, 5)> {};
+struct Sub_mTm : MatFamily<SubOp, 0, sizes(3, 4, 5)> {};
+struct Sub_mTmT : MatFamily<SubOp, 0, sizes(3, 4, 5)> {};
+// An array and one matrix.
+struct Add_mam : MatFamily<AddOp, 2, 0, 0, sizes(4, 6)> {};
+struct Add_mamT : MatFamily<AddOp, 2, 0> {};
+struct Add_maTm : MatFamilyTm<AddOp, 0> {};
+struct Add_maTmT : MatFamily<AddOp, 2, sizes(3)> {};
+struct Sub_mam : MatFamily<SubOp, 2, 0, 0, sizes(4, 5, 6), sizes(4, 6)> {};
+struct Sub_mamT : MatFamily<SubOp, 2, 0> {};
+struct Sub_maTm : MatFamilyTm<SubOp, 0> {};
+struct Sub_maTmT : MatFamily<SubOp, 2, sizes(3)> {};
+// One matrix and an array (Sub only: the sum commutes).
+struct Sub_mma : MatFamily<SubOp, 1, sizes(3), sizes(3), sizes(4, 5)> {};
+struct Sub_mmaT : MatFamily<SubOp, 1, sizes(3)> {};
+struct Sub_mTma : MatFamily<SubOp, 1, sizes(3)> {};
+struct Sub_mTmaT : MatFamily<SubOp, 1, sizes(3)> {};
+// Two arrays.
+struct Add_mama : MatFamily<AddOp, 0, sizes(3), sizes(3), sizes(4, 5, 6), sizes(4, 5)> {};
+struct Add_mamaT : MatFamily<AddOp, 0, sizes(3, 6), sizes(3, 6)> {};
+struct Add_maTma : MatFamily<AddOp, 0, sizes(3)> {};
+struct Add_maTmaT : MatFamily<AddOp, 0, sizes(3)> {};
+struct Sub_mama : MatFamily<SubOp, 0, sizes(3, 4), sizes(3), sizes(5), sizes(4, 5)> {};
+struct Sub_mamaT : MatFamily<SubOp, 0, sizes(3)> {};
+struct Sub_maTma : MatFamily<SubOp, 0, sizes(3)> {};
+struct Sub_maTmaT : MatFamily<SubOp, 0, sizes(3)> {};
+}  // namespace tag
+
+}  // namespace vorx

@@ -1,0 +1,24 @@
+// Matrix addition of an array of matrices and one matrix, either source possibly
+// transposed, size 3x3: 32f and 64f, all layouts.
+#include "elementwise/matrix.h"
+
+namespace vorx {
+
+// The 32f mam and mamT forms in Contiguous and List layouts run as a software
+// pipeline with no zero test in front: at count 0 they compute and store one object
+// (in List layout through dst[-1]), and the List forms test their entries out of step
+// with the objects.
+template <>
+struct Body<tag::Add_mam, float, 3, Lay::C> : Pipelined3x3<AddOp> {};
+template <>
+struct Body<tag::Add_mam, float, 3, Lay::L> : Pipelined3x3<AddOp> {};
+
+// mamT also steps the rows of src2 with src1RowStride; src2RowStride is unread.
+template <>
+struct Body<tag::Add_mamT, float, 3, Lay::C> : Pipelined3x3<AddOp, Src2AtSrc1Stride> {};
+template <>
+struct Body<tag::Add_mamT, float, 3, Lay::L> : Pipelined3x3<AddOp, Src2AtSrc1Stride> {};
+
+}  // namespace vorx
+
+#include "vorxadd_mam_3x3.inc"

@@ -1,0 +1,3 @@
+// Matrix subtraction of an array of matrices and one matrix, either source possibly transposed, size given at run time: 32f and 64f, all layouts.
+#include "elementwise/matrix.h"
+#include "vorxsub_mam.inc"

@@ -1,0 +1,3 @@
+// Matrix subtraction of one matrix and an array of matrices, either source possibly transposed, size 3x3: 32f and 64f, all layouts.
+#include "elementwise/matrix.h"
+#include "vorxsub_mma_3x3.inc"
