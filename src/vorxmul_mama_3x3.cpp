@@ -5,14 +5,7 @@ namespace vorx {
 
 // vorxMul_mama_32f_3x3_S2 reads each src2 object whole, then each src1 row
 // whole before its result row is stored: dst = src1 and dst = src2 give the product.
-template <>
-struct Body<tag::Mul_mama, float, 3, Lay::S2> {
-    template <class A, class B, class D>
-    static vorxStatus run(A a, uint32_t, uint32_t, B b, uint32_t, uint32_t, D d, uint32_t count)
-    {
-        return mul::Held<3, false>::run<false>(a, b, d, count);
-    }
-};
+template <> struct Body<tag::Mul_mama, float, 3, Lay::S2> : mul::HeldArray<3, false> {};
 
 }  // namespace vorx
 

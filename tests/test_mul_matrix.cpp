@@ -569,3 +569,60 @@ TEST(MulMatrix, ContiguousTransposedBoundsDifferFromStrided)
 }
 
 }  // namespace
+
+namespace {
+
+// The scalar forms set each element to +0.0 and write every partial sum at once:
+// with dst = src1 a later element reads what the earlier ones left. The same walk
+// done here on a copy gives the bits the library must give.
+TEST(MulMatrix, ScalarFormsWritePartialSumsAsTheyGo)
+{
+    double a[9], b[9];
+    float af[9], bf[9];
+    std::mt19937 rng(90);
+    for (int n = 0; n < 9; ++n) {
+        a[n] = vt::randomValue<double>(rng);
+        b[n] = vt::randomValue<double>(rng);
+        af[n] = vt::randomValue<float>(rng);
+        bf[n] = vt::randomValue<float>(rng);
+    }
+    double wantD[9];
+    float wantF[9];
+    std::memcpy(wantD, a, sizeof a);
+    std::memcpy(wantF, af, sizeof af);
+    for (int i = 0; i < 3; ++i)
+        for (int j = 0; j < 3; ++j) {
+            long double s = 0;
+            float f = 0;
+            wantD[i * 3 + j] = 0;
+            wantF[i * 3 + j] = 0;
+            for (int k = 0; k < 3; ++k) {
+                s = s + static_cast<long double>(wantD[i * 3 + k]) * b[k * 3 + j];
+                wantD[i * 3 + j] = vt::roundToDouble(s);
+                volatile float p = wantF[i * 3 + k] * bf[k * 3 + j];
+                volatile float q = f + p;
+                f = q;
+                wantF[i * 3 + j] = f;
+            }
+        }
+    ASSERT_EQ(vorxMul_mm_64f(a, 24, 3, 3, b, 24, 3, 3, a, 24), vorxStatusOk);
+    ASSERT_EQ(vorxMul_mm_32f_3x3_S2(af, 12, 4, bf, 12, 4, af, 12, 4), vorxStatusOk);
+    for (int n = 0; n < 9; ++n) {
+        EXPECT_TRUE(vt::sameBits(a[n], wantD[n])) << n;
+        EXPECT_TRUE(vt::sameBits(af[n], wantF[n])) << n;
+    }
+}
+
+// The closed List-strided 3x3 forms follow a null list entry; their checking
+// twins return -8 at it.
+TEST(MulMatrixDeathTest, ClosedListFormsFollowANullEntry)
+{
+    float m[64] = {};
+    const float* src1[2] = {m, nullptr};
+    float* dst[2] = {m + 16, m + 32};
+    EXPECT_EQ(vorxMul_mama_32f_3x3_LS2(src1, 0, 12, 4, src1, 0, 12, 4, dst, 0, 12, 4, 2),
+              vorxStatusNullPointer);
+    EXPECT_DEATH(vorxMul_mam_32f_3x3_LS2(src1, 0, 12, 4, m, 12, 4, dst, 0, 12, 4, 2), "");
+}
+
+}  // namespace

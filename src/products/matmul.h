@@ -148,6 +148,17 @@ struct Held {
     }
 };
 
+// The body of a closed array form (a full specialisation in its unit derives from
+// it): op(src2) held once for a single src2, or per object for an array src2.
+template <int N, bool SingleSrc2>
+struct HeldArray {
+    template <class A, class B, class D>
+    static vorxStatus run(A a, uint32_t, uint32_t, B b, uint32_t, uint32_t, D d, uint32_t count)
+    {
+        return Held<N, false>::template run<SingleSrc2>(a, b, d, count);
+    }
+};
+
 // The family. S1T, S2T: which source is read transposed; Arr1, Arr2: which source
 // is an array. The checks table of the code: `Third` the third size tested for
 // zero, `CA` != `CB` the conformity test, `DA`*`DB` the dst entries that the table
