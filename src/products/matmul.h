@@ -171,7 +171,7 @@ struct Family {
     struct Impl {
         using Sum = SumOf<T, L>;
         static constexpr bool packed = sizeof(T) == 4 && N > 0 && adjacent(L);
-        using Scheme = Packed<N, !(Arr1 || Arr2), S2T, Arr2>;
+        using Scheme = Packed<N, !(Arr1 || Arr2), S1T, S2T, Arr2>;
 
         static bool sizesBad(const Sizes& s)
         {

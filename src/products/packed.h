@@ -48,12 +48,12 @@ R pair45(const B& b, uint32_t k, uint32_t n)
     }
 }
 
-// Single: a one-object code; S2T: src2 read transposed; Arr2: src2 changes per object.
+// Single: a one-object code; S1T, S2T: src1, src2 read transposed; Arr2: src2 changes per object.
 // Two single-object shapes read part of src2 late, which decides what a call with
 // dst = src2 gives: at size 5 a plain src2's column 4 is read from memory for each
 // result row; at size 6 a transposed src2's columns 4, 5 are gathered after the
 // first pass. Everywhere else op(src2) is read whole before the first store.
-template <int N, bool Single, bool S2T, bool Arr2>
+template <int N, bool Single, bool S1T, bool S2T, bool Arr2>
 struct Packed {
     static constexpr bool col4Late = N == 5 && Single && !S2T;
     static constexpr bool pairsLate = N == 6 && Single && S2T;
@@ -83,14 +83,27 @@ struct Packed {
     static R rowSum(uint32_t k, const A& a, uint32_t i, const Src2& h)
     {
         R acc = times(*a.at(k, i, 0), h.r[0]);
+#pragma GCC unroll 6
         for (uint32_t n = 1; n < N && n < 6; ++n) acc = plus(acc, times(*a.at(k, i, n), h.r[n]));
         return acc;
     }
 
+    // Object k; an array src2 is loaded into a register set of the object's own.
     template <class A, class B, class D>
-    static void object(uint32_t k, const A& a, const B& b, const D& d, Src2& h)
+    static void object(uint32_t k, const A& a, const B& b, const D& d, Src2& held)
     {
-        if constexpr (Arr2) h.load(k, b);
+        if constexpr (Arr2) {
+            Src2 h;
+            h.load(k, b);
+            compute(k, a, b, d, h);
+        } else {
+            compute(k, a, b, d, held);
+        }
+    }
+
+    template <class A, class B, class D>
+    static void compute(uint32_t k, const A& a, const B& b, const D& d, Src2& h)
+    {
         if constexpr (N == 3) {
             for (uint32_t i = 0; i < 3; ++i) sse::store3(d.at(k, i, 0), rowSum(k, a, i, h));
         } else if constexpr (N == 4) {
@@ -101,6 +114,7 @@ struct Packed {
                 float x = *a.at(k, i, 0);
                 R acc = times(x, h.r[0]);
                 float s4 = x * c4(0);
+#pragma GCC unroll 5
                 for (uint32_t n = 1; n < 5; ++n) {
                     x = *a.at(k, i, n);
                     acc = plus(acc, times(x, h.r[n]));
@@ -113,13 +127,24 @@ struct Packed {
             for (uint32_t i = 0; i < 6; ++i) sse::store4u(d.at(k, i, 0), rowSum(k, a, i, h));
             if constexpr (pairsLate) h.loadPairs(k, b);
             for (uint32_t r = 0; r < 6; r += 2) {
-                // lanes: s1(r, n), s1(r, n), s1(r+1, n), s1(r+1, n)
-                auto spread = [&](uint32_t n) {
-                    float u = *a.at(k, r, n), v = *a.at(k, r + 1, n);
-                    return _mm_setr_ps(u, u, v, v);
-                };
-                R acc = _mm_mul_ps(spread(0), h.t[0]);
-                for (uint32_t n = 1; n < 6; ++n) acc = plus(acc, _mm_mul_ps(spread(n), h.t[n]));
+                R v[6];  // lanes: s1(r, n), s1(r, n), s1(r+1, n), s1(r+1, n)
+                for (uint32_t n = 0; n < 6; n += 2) {
+                    if constexpr (!S1T) {
+                        R p = sse::load2(a.at(k, r, n));      // (r, n), (r, n+1), 0, 0
+                        R q = sse::load2(a.at(k, r + 1, n));  // (r+1, n), (r+1, n+1), 0, 0
+                        v[n] = _mm_shuffle_ps(p, q, _MM_SHUFFLE(0, 0, 0, 0));
+                        v[n + 1] = _mm_shuffle_ps(p, q, _MM_SHUFFLE(1, 1, 1, 1));
+                    } else {
+                        // a transposed src1 stores (r, n) and (r+1, n) side by side
+                        R p = sse::load2(a.at(k, r, n));      // (r, n), (r+1, n), 0, 0
+                        R q = sse::load2(a.at(k, r, n + 1));  // (r, n+1), (r+1, n+1), 0, 0
+                        v[n] = _mm_shuffle_ps(p, p, _MM_SHUFFLE(1, 1, 0, 0));
+                        v[n + 1] = _mm_shuffle_ps(q, q, _MM_SHUFFLE(1, 1, 0, 0));
+                    }
+                }
+                R acc = _mm_mul_ps(v[0], h.t[0]);
+#pragma GCC unroll 6
+                for (uint32_t n = 1; n < 6; ++n) acc = plus(acc, _mm_mul_ps(v[n], h.t[n]));
                 // lanes: (r, 4), (r, 5), (r+1, 4), (r+1, 5)
                 sse::store2(d.at(k, r, 4), acc);
                 _mm_storeh_pi(sse::half(d.at(k, r + 1, 4)), acc);
@@ -132,7 +157,7 @@ struct Packed {
     {
         Src2 h;
         h.load(0, b);
-        object(0, a, b, d, h);
+        compute(0, a, b, d, h);
     }
 };
 
