@@ -164,8 +164,7 @@ struct HeldArray {
 // zero, `CA` != `CB` the conformity test, `DA`*`DB` the dst entries that the table
 // scan of a Pointer array call tests (the square of the inner dimension where the
 // sizes conform, not the result's R*C).
-template <bool S1T, bool S2T, bool Arr1, bool Arr2, Sz Third, Sz CA, Sz CB, Sz DA, Sz DB,
-          bool WideContiguous = false>
+template <bool S1T, bool S2T, bool Arr1, bool Arr2, Sz Third, Sz CA, Sz CB, Sz DA, Sz DB>
 struct Family {
     template <class T, int N, Lay L>
     struct Impl {
@@ -179,21 +178,17 @@ struct Family {
             return s[H1] == 0 || s[W1] == 0 || s[Third] == 0 || s[CA] != s[CB];
         }
 
-        // Loop bounds: R = src1Height, C = src2Width, K = src2Height, or the swap of
-        // C and K that the Contiguous run-time mmT form makes.
-        static void bounds(const Sizes& s, uint32_t& R, uint32_t& C, uint32_t& K)
-        {
-            R = s[H1];
-            C = s[W2];
-            K = s[H2];
-            if (WideContiguous && L == Lay::C && N == 0) {
-                C = s[H2];
-                K = s[W2];
-            }
-        }
-
+        // Loop bounds: R = src1Height, C = src2Width, K = src2Height.
         template <class A, class B, class D>
         static vorxStatus run(A a, uint32_t w1, uint32_t h1, B b, uint32_t w2, uint32_t h2, D d)
+        {
+            return within(a, w1, h1, b, w2, h2, d, w2, h2);
+        }
+
+        // One object with result columns C and inner length K.
+        template <class A, class B, class D>
+        static vorxStatus within(A a, uint32_t w1, uint32_t h1, B b, uint32_t w2, uint32_t h2, D d,
+                                 uint32_t C, uint32_t K)
         {
             if constexpr (packed) {
                 if (anyNull(a, b, d)) return kNull;
@@ -206,10 +201,8 @@ struct Family {
                 a = a.withShape(h1, w1);
                 b = b.withShape(h2, w2);
                 d = d.withShape(h1, w2);
-                uint32_t R, C, K;
-                bounds(s, R, C, K);
                 constexpr bool entries = L == Lay::P;
-                return scalarObject<Sum, entries>(0, a, b, d, R, C, K) ? kOk : kNull;
+                return scalarObject<Sum, entries>(0, a, b, d, h1, C, K) ? kOk : kNull;
             }
         }
 
@@ -233,9 +226,7 @@ struct Family {
                 d = d.withShape(h1, w2);
                 if (!(tableOk(a, w1 * h1) && tableOk(b, w2 * h2) && tableOk(d, s[DA] * s[DB])))
                     return kNull;
-                uint32_t R, C, K;
-                bounds(s, R, C, K);
-                auto object = [&](uint32_t k) { scalarObject<Sum, false>(k, a, b, d, R, C, K); };
+                auto object = [&](uint32_t k) { scalarObject<Sum, false>(k, a, b, d, h1, w2, h2); };
                 return arrayCall(false, 0, count, nothing, object, a, b, d);
             }
         }
@@ -248,7 +239,7 @@ namespace vorx::tag {
 using mul::Family, mul::W1, mul::H1, mul::W2, mul::H2;
 // code          S1T    S2T    Arr1   Arr2   third zero  conformity  dst scan
 struct Mul_mm     : Family<false, false, false, false, W2, W1, H2, W1, H2> {};
-struct Mul_mmT    : Family<false, true,  false, false, H2, W1, W2, W1, W2, true> {};
+struct Mul_mmT    : Family<false, true,  false, false, H2, W1, W2, W1, W2> {};
 struct Mul_mTm    : Family<true,  false, false, false, W2, H1, H2, H1, H2> {};
 struct Mul_mTmT   : Family<true,  true,  false, false, H2, H1, W2, H1, W2> {};
 // mam tests src2Height for zero, not src2Width.
