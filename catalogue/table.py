@@ -66,7 +66,7 @@ ROWS = [
 
     # Matrix by matrix: each source's sizes stand behind its own arguments.
     dict(family="Mul", codes=" ".join(MAT_T2 + MAT_SINGLE_ARRAY2), sizes="matrix",
-         args=MAT_PRODUCT),
+         args=MAT_PRODUCT, built=True),
 
     # LU decomposition and back substitution.
     dict(family="LUDecomp", codes="m ma", sizes="matrix",

@@ -1,0 +1,260 @@
+// Matrix by matrix products: dst = op(src1) * op(src2) for one pair or for arrays,
+// op the identity or a transposition. The family template, its checks table, the
+// three precision regimes of the element loops, and the held-rows scheme of the
+// closed fixed-size forms. The packed 32f row-broadcast scheme is in packed.h.
+#pragma once
+
+#include "../frame/checks.h"
+#include "../frame/reads.h"
+#include "../frame/x87.h"
+#include "packed.h"
+
+namespace vorx::mul {
+
+// The four sizes of a call, as the checks table names them.
+enum Sz { W1, H1, W2, H2 };
+
+struct Sizes {
+    uint32_t v[4];
+    uint32_t operator[](Sz s) const { return v[s]; }
+};
+
+// The running sum of one element, per precision regime. Every regime sets the
+// element to +0.0 first and writes every partial sum at once, so that an aliased
+// source reads what has been written so far.
+//   32f: each product and each partial sum rounded to single.
+struct SumF32 {
+    using Acc = float;
+    static float start(float* p) { *p = 0.0f; return 0.0f; }
+    static void step(float& s, float* p, float x, float y)
+    {
+        s = s + x * y;
+        *p = s;
+    }
+};
+//   64f Contiguous and Strided: the sum stays in an x87 register at full width and
+//   a rounded copy is stored after each step; the final element is rounded once.
+struct SumX87Reg {
+    using Acc = long double;
+    static long double start(double* p) { *p = 0.0; return 0.0L; }
+    static void step(long double& s, double* p, double x, double y)
+    {
+        s = s + wide(x) * wide(y);
+        *p = roundToDouble(s);
+    }
+};
+//   64f Pointer and List layouts: the sum lives only in dst; the extended product
+//   is added to dst as read back, and rounded to double at every step.
+struct SumX87Mem {
+    using Acc = int;
+    static int start(double* p) { *p = 0.0; return 0; }
+    static void step(int&, double* p, double x, double y)
+    {
+        *p = roundToDouble(wide(*p) + wide(x) * wide(y));
+    }
+};
+
+template <class T, Lay L> struct SumFor { using type = SumX87Mem; };
+template <Lay L> struct SumFor<float, L> { using type = SumF32; };
+template <> struct SumFor<double, Lay::C> { using type = SumX87Reg; };
+template <> struct SumFor<double, Lay::S2> { using type = SumX87Reg; };
+template <class T, Lay L> using SumOf = typename SumFor<T, L>::type;
+
+// One object of the element loops: i, j, k upward. `Entries`: a single-object
+// Pointer call tests the dst entry of each element before zeroing it, and then,
+// for each k, the src1 entry and the src2 entry before reading them. Returns false
+// at a null entry, with the elements before it written.
+template <class Sum, bool Entries, class A, class B, class D>
+bool scalarObject(uint32_t k, const A& a, const B& b, const D& d, uint32_t R, uint32_t C,
+                  uint32_t K)
+{
+    for (uint32_t i = 0; i < R; ++i)
+        for (uint32_t j = 0; j < C; ++j) {
+            if (Entries && !readOk(d, i, j)) return false;
+            auto* p = d.at(k, i, j);
+            auto s = Sum::start(p);
+            for (uint32_t n = 0; n < K; ++n) {
+                if (Entries && !(readOk(a, i, n) && readOk(b, n, j))) return false;
+                Sum::step(s, p, *a.at(k, i, n), *b.at(k, n, j));
+            }
+        }
+    return true;
+}
+
+// The closed forms that hold op(src2) while they work (a few fixed-size Strided,
+// Pointer and List-strided forms): op(src2) is read whole, once for a single src2
+// (ahead of the count test) or once per object for an array src2; then each row of
+// op(src1) is read whole before its result row is stored. So dst may be src1 where
+// src1 is read by rows, and src2 where src2 is an array. These forms test no table
+// or list entry. `Tree` groups the six products of a 6-term sum pairwise.
+template <int N, bool Tree>
+struct Held {
+    template <class A, class D>
+    static void object(uint32_t k, const A& a, const float (&s2)[N][N], const D& d)
+    {
+        for (uint32_t i = 0; i < N; ++i) {
+            float r[N];
+            for (uint32_t n = 0; n < N; ++n) r[n] = *a.at(k, i, n);
+            for (uint32_t j = 0; j < N; ++j) {
+                float p[N];
+                for (uint32_t n = 0; n < N; ++n) p[n] = r[n] * s2[n][j];
+                float s;
+                if constexpr (Tree) {
+                    static_assert(N == 6);
+                    s = ((p[0] + p[1]) + (p[2] + p[3])) + (p[4] + p[5]);
+                } else {
+                    s = p[0];
+                    for (uint32_t n = 1; n < N; ++n) s = s + p[n];
+                }
+                *d.at(k, i, j) = s;
+            }
+        }
+    }
+
+    template <class B>
+    static void load(uint32_t k, const B& b, float (&s2)[N][N])
+    {
+        for (uint32_t n = 0; n < N; ++n)
+            for (uint32_t j = 0; j < N; ++j) s2[n][j] = *b.at(k, n, j);
+    }
+
+    template <class A, class B, class D>
+    static vorxStatus run(A a, B b, D d)
+    {
+        if (anyNull(a, b, d)) return kNull;
+        a = a.withShape(N, N);
+        b = b.withShape(N, N);
+        d = d.withShape(N, N);
+        float s2[N][N];
+        load(0, b, s2);
+        object(0, a, s2, d);
+        return kOk;
+    }
+
+    template <bool SingleSrc2, class A, class B, class D>
+    static vorxStatus run(A a, B b, D d, uint32_t count)
+    {
+        if (anyNull(a, b, d)) return kNull;
+        a = a.withShape(N, N);
+        b = b.withShape(N, N);
+        d = d.withShape(N, N);
+        float s2[N][N];
+        if (SingleSrc2) load(0, b, s2);
+        for (uint32_t k = 0; k < count; ++k) {
+            if (!SingleSrc2) load(k, b, s2);
+            object(k, a, s2, d);
+        }
+        return kOk;
+    }
+};
+
+// The body of a closed array form (a full specialisation in its unit derives from
+// it): op(src2) held once for a single src2, or per object for an array src2.
+template <int N, bool SingleSrc2>
+struct HeldArray {
+    template <class A, class B, class D>
+    static vorxStatus run(A a, uint32_t, uint32_t, B b, uint32_t, uint32_t, D d, uint32_t count)
+    {
+        return Held<N, false>::template run<SingleSrc2>(a, b, d, count);
+    }
+};
+
+// The family. S1T, S2T: which source is read transposed; Arr1, Arr2: which source
+// is an array. The checks table of the code: `Third` the third size tested for
+// zero, `CA` != `CB` the conformity test, `DA`*`DB` the dst entries that the table
+// scan of a Pointer array call tests (the square of the inner dimension where the
+// sizes conform, not the result's R*C).
+template <bool S1T, bool S2T, bool Arr1, bool Arr2, Sz Third, Sz CA, Sz CB, Sz DA, Sz DB>
+struct Family {
+    template <class T, int N, Lay L>
+    struct Impl {
+        using Sum = SumOf<T, L>;
+        static constexpr bool packed = sizeof(T) == 4 && N > 0 && adjacent(L);
+        using Scheme = Packed<N, !(Arr1 || Arr2), S1T, S2T, Arr2>;
+
+        static bool sizesBad(const Sizes& s)
+        {
+            if (N > 0) return false;
+            return s[H1] == 0 || s[W1] == 0 || s[Third] == 0 || s[CA] != s[CB];
+        }
+
+        // Loop bounds: R = src1Height, C = src2Width, K = src2Height.
+        template <class A, class B, class D>
+        static vorxStatus run(A a, uint32_t w1, uint32_t h1, B b, uint32_t w2, uint32_t h2, D d)
+        {
+            return within(a, w1, h1, b, w2, h2, d, w2, h2);
+        }
+
+        // One object with result columns C and inner length K.
+        template <class A, class B, class D>
+        static vorxStatus within(A a, uint32_t w1, uint32_t h1, B b, uint32_t w2, uint32_t h2, D d,
+                                 uint32_t C, uint32_t K)
+        {
+            if constexpr (packed) {
+                if (anyNull(a, b, d)) return kNull;
+                Scheme::single(a, b, d);
+                return kOk;
+            } else {
+                if (anyNull(a, b, d)) return kNull;
+                Sizes s{{w1, h1, w2, h2}};
+                if (sizesBad(s)) return kBadSize;
+                a = a.withShape(h1, w1);
+                b = b.withShape(h2, w2);
+                d = d.withShape(h1, w2);
+                constexpr bool entries = L == Lay::P;
+                return scalarObject<Sum, entries>(0, a, b, d, h1, C, K) ? kOk : kNull;
+            }
+        }
+
+        template <class A, class B, class D>
+        static vorxStatus run(A a, uint32_t w1, uint32_t h1, B b, uint32_t w2, uint32_t h2, D d,
+                              uint32_t count)
+        {
+            if (anyNull(a, b, d)) return kNull;
+            Sizes s{{w1, h1, w2, h2}};
+            if (sizesBad(s)) return kBadSize;
+            if constexpr (packed) {
+                typename Scheme::Src2 held{};
+                auto before = [&] {
+                    if (!Arr2) held.load(0, b);
+                };
+                auto object = [&](uint32_t k) { Scheme::object(k, a, b, d, held); };
+                return arrayCall(false, 0, count, before, object, a, b, d);
+            } else {
+                a = a.withShape(h1, w1);
+                b = b.withShape(h2, w2);
+                d = d.withShape(h1, w2);
+                if (!(tableOk(a, w1 * h1) && tableOk(b, w2 * h2) && tableOk(d, s[DA] * s[DB])))
+                    return kNull;
+                auto object = [&](uint32_t k) { scalarObject<Sum, false>(k, a, b, d, h1, w2, h2); };
+                return arrayCall(false, 0, count, nothing, object, a, b, d);
+            }
+        }
+    };
+};
+
+}  // namespace vorx::mul
+
+namespace vorx::tag {
+using mul::Family, mul::W1, mul::H1, mul::W2, mul::H2;
+// code          S1T    S2T    Arr1   Arr2   third zero  conformity  dst scan
+struct Mul_mm     : Family<false, false, false, false, W2, W1, H2, W1, H2> {};
+struct Mul_mmT    : Family<false, true,  false, false, H2, W1, W2, W1, W2> {};
+struct Mul_mTm    : Family<true,  false, false, false, W2, H1, H2, H1, H2> {};
+struct Mul_mTmT   : Family<true,  true,  false, false, H2, H1, W2, H1, W2> {};
+// mam tests src2Height for zero, not src2Width.
+struct Mul_mam    : Family<false, false, true,  false, H2, H2, W1, W1, H2> {};
+struct Mul_mamT   : Family<false, true,  true,  false, H2, W1, W2, W1, W2> {};
+struct Mul_maTm   : Family<true,  false, true,  false, W2, H1, H2, H1, H2> {};
+struct Mul_maTmT  : Family<true,  true,  true,  false, H2, H1, W2, H1, W2> {};
+// mma and mama compare src1Height with src2Width, as the transposed-transposed
+// codes do, and never compare src1Width with src2Height.
+struct Mul_mma    : Family<false, false, false, true,  H2, H1, W2, W1, H2> {};
+struct Mul_mmaT   : Family<false, true,  false, true,  H2, W1, W2, W1, W2> {};
+struct Mul_mTma   : Family<true,  false, false, true,  W2, H1, H2, H1, H2> {};
+struct Mul_mTmaT  : Family<true,  true,  false, true,  H2, H1, W2, H1, W2> {};
+struct Mul_mama   : Family<false, false, true,  true,  H2, H1, W2, W1, H2> {};
+struct Mul_mamaT  : Family<false, true,  true,  true,  H2, W1, W2, W1, W2> {};
+struct Mul_maTma  : Family<true,  false, true,  true,  W2, H1, H2, H1, H2> {};
+struct Mul_maTmaT : Family<true,  true,  true,  true,  H2, H1, W2, H1, W2> {};
+}  // namespace vorx::tag

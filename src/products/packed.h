@@ -1,0 +1,164 @@
+// The row-broadcast scheme of the fixed-size 32f products in Contiguous and List
+// layouts. A result row is a sum of rows of op(src2) scaled by the elements of the
+// row of op(src1): lanes hold columns, an element of op(src1) is broadcast to all
+// lanes, and the sum runs k upward beginning with the first product (not with
+// zero, so products that are all -0.0 give -0.0).
+//
+// op(src2) is held in registers, per size:
+//   3  one register a row, element 0 in lane 0, elements 1, 2 in lanes 2, 3
+//   4  one register a row
+//   5  one register for columns 0..3, column 4 as a scalar beside it
+//   6  one register for columns 0..3; columns 4, 5 of row k duplicated (c4, c5, c4, c5)
+//      for a second pass that computes two result rows per register
+#pragma once
+
+#include "../frame/checks.h"
+#include "../frame/sse.h"
+
+namespace vorx::mul {
+
+using sse::R;
+
+inline R times(float x, R row) { return _mm_mul_ps(_mm_set1_ps(x), row); }
+inline R plus(R acc, R p) { return _mm_add_ps(acc, p); }
+
+// Columns 0..3 of row n of op(src2) (of one object k), and the 3-lane row.
+template <bool T, class B>
+R row4(const B& b, uint32_t k, uint32_t n)
+{
+    if constexpr (!T) return sse::load4u(b.at(k, n, 0));
+    else return _mm_setr_ps(*b.at(k, n, 0), *b.at(k, n, 1), *b.at(k, n, 2), *b.at(k, n, 3));
+}
+template <bool T, class B>
+R row3(const B& b, uint32_t k, uint32_t n)
+{
+    if constexpr (!T) return sse::load3(b.at(k, n, 0));
+    else return _mm_setr_ps(*b.at(k, n, 0), 0.0f, *b.at(k, n, 1), *b.at(k, n, 2));  // e0, 0, e1, e2
+}
+// Columns 4, 5 of row n, duplicated.                       lanes: c4, c5, c4, c5
+template <bool T, class B>
+R pair45(const B& b, uint32_t k, uint32_t n)
+{
+    if constexpr (!T) {
+        R p = sse::load2(b.at(k, n, 4));  // c4, c5, 0, 0
+        return _mm_movelh_ps(p, p);
+    } else {
+        float c4 = *b.at(k, n, 4), c5 = *b.at(k, n, 5);
+        return _mm_setr_ps(c4, c5, c4, c5);
+    }
+}
+
+// Single: a one-object code; S1T, S2T: src1, src2 read transposed; Arr2: src2 changes per object.
+// Two single-object shapes read part of src2 late, which decides what a call with
+// dst = src2 gives: at size 5 a plain src2's column 4 is read from memory for each
+// result row; at size 6 a transposed src2's columns 4, 5 are gathered after the
+// first pass. Everywhere else op(src2) is read whole before the first store.
+template <int N, bool Single, bool S1T, bool S2T, bool Arr2>
+struct Packed {
+    static constexpr bool col4Late = N == 5 && Single && !S2T;
+    static constexpr bool pairsLate = N == 6 && Single && S2T;
+
+    struct Src2 {
+        R r[N];
+        R t[N == 6 ? 6 : 1];
+        float c4[N == 5 ? 5 : 1];
+
+        template <class B>
+        void load(uint32_t k, const B& b)
+        {
+            for (uint32_t n = 0; n < N; ++n) r[n] = N == 3 ? row3<S2T>(b, k, n) : row4<S2T>(b, k, n);
+            if constexpr (N == 5 && !col4Late)
+                for (uint32_t n = 0; n < 5; ++n) c4[n] = *b.at(k, n, 4);
+            if constexpr (N == 6 && !pairsLate) loadPairs(k, b);
+        }
+        template <class B>
+        void loadPairs(uint32_t k, const B& b)
+        {
+            for (uint32_t n = 0; n < 6; ++n) t[n] = pair45<S2T>(b, k, n);
+        }
+    };
+
+    // Columns 0..3 (or the three of size 3) of result row i.
+    template <class A>
+    static R rowSum(uint32_t k, const A& a, uint32_t i, const Src2& h)
+    {
+        R acc = times(*a.at(k, i, 0), h.r[0]);
+#pragma GCC unroll 6
+        for (uint32_t n = 1; n < N && n < 6; ++n) acc = plus(acc, times(*a.at(k, i, n), h.r[n]));
+        return acc;
+    }
+
+    // Object k; an array src2 is loaded into a register set of the object's own.
+    template <class A, class B, class D>
+    static void object(uint32_t k, const A& a, const B& b, const D& d, Src2& held)
+    {
+        if constexpr (Arr2) {
+            Src2 h;
+            h.load(k, b);
+            compute(k, a, b, d, h);
+        } else {
+            compute(k, a, b, d, held);
+        }
+    }
+
+    template <class A, class B, class D>
+    static void compute(uint32_t k, const A& a, const B& b, const D& d, Src2& h)
+    {
+        if constexpr (N == 3) {
+            for (uint32_t i = 0; i < 3; ++i) sse::store3(d.at(k, i, 0), rowSum(k, a, i, h));
+        } else if constexpr (N == 4) {
+            for (uint32_t i = 0; i < 4; ++i) sse::store4u(d.at(k, i, 0), rowSum(k, a, i, h));
+        } else if constexpr (N == 5) {
+            for (uint32_t i = 0; i < 5; ++i) {
+                auto c4 = [&](uint32_t n) { return col4Late ? *b.at(k, n, 4) : h.c4[n]; };
+                float x = *a.at(k, i, 0);
+                R acc = times(x, h.r[0]);
+                float s4 = x * c4(0);
+#pragma GCC unroll 5
+                for (uint32_t n = 1; n < 5; ++n) {
+                    x = *a.at(k, i, n);
+                    acc = plus(acc, times(x, h.r[n]));
+                    s4 = s4 + x * c4(n);
+                }
+                sse::store4u(d.at(k, i, 0), acc);
+                *d.at(k, i, 4) = s4;
+            }
+        } else {
+            for (uint32_t i = 0; i < 6; ++i) sse::store4u(d.at(k, i, 0), rowSum(k, a, i, h));
+            if constexpr (pairsLate) h.loadPairs(k, b);
+            for (uint32_t r = 0; r < 6; r += 2) {
+                R v[6];  // lanes: s1(r, n), s1(r, n), s1(r+1, n), s1(r+1, n)
+                for (uint32_t n = 0; n < 6; n += 2) {
+                    if constexpr (!S1T) {
+                        R p = sse::load2(a.at(k, r, n));      // (r, n), (r, n+1), 0, 0
+                        R q = sse::load2(a.at(k, r + 1, n));  // (r+1, n), (r+1, n+1), 0, 0
+                        v[n] = _mm_shuffle_ps(p, q, _MM_SHUFFLE(0, 0, 0, 0));
+                        v[n + 1] = _mm_shuffle_ps(p, q, _MM_SHUFFLE(1, 1, 1, 1));
+                    } else {
+                        // a transposed src1 stores (r, n) and (r+1, n) side by side
+                        R p = sse::load2(a.at(k, r, n));      // (r, n), (r+1, n), 0, 0
+                        R q = sse::load2(a.at(k, r, n + 1));  // (r, n+1), (r+1, n+1), 0, 0
+                        v[n] = _mm_shuffle_ps(p, p, _MM_SHUFFLE(1, 1, 0, 0));
+                        v[n + 1] = _mm_shuffle_ps(q, q, _MM_SHUFFLE(1, 1, 0, 0));
+                    }
+                }
+                R acc = _mm_mul_ps(v[0], h.t[0]);
+#pragma GCC unroll 6
+                for (uint32_t n = 1; n < 6; ++n) acc = plus(acc, _mm_mul_ps(v[n], h.t[n]));
+                // lanes: (r, 4), (r, 5), (r+1, 4), (r+1, 5)
+                sse::store2(d.at(k, r, 4), acc);
+                _mm_storeh_pi(sse::half(d.at(k, r + 1, 4)), acc);
+            }
+        }
+    }
+
+    template <class A, class B, class D>
+    static void single(const A& a, const B& b, const D& d)
+    {
+        Src2 h;
+        h.load(0, b);
+        compute(0, a, b, d, h);
+    }
+};
+
+}  // namespace vorx::mul
