@@ -275,6 +275,22 @@ void registerTimings(const std::vector<std::size_t>& sizes) {
 #define VORX_BENCH_FLAGS ""
 #endif
 
+// The processor's name, for the report (the timings belong to that machine).
+static std::string cpuModel() {
+    std::FILE* f = std::fopen("/proc/cpuinfo", "r");
+    if (!f) return "unknown";
+    char line[256];
+    std::string model = "unknown";
+    while (std::fgets(line, sizeof line, f))
+        if (std::strncmp(line, "model name", 10) == 0) {
+            const char* v = std::strchr(line, ':');
+            if (v) model = std::string(v + 2, std::strcspn(v + 2, "\n"));
+            break;
+        }
+    std::fclose(f);
+    return model;
+}
+
 int main(int argc, char** argv) {
     bool quick = false, checkOnly = false;
     std::vector<char*> args{argv[0]};
@@ -305,6 +321,7 @@ int main(int argc, char** argv) {
                                                    : "native x86_64 build of the same sources");
     benchmark::AddCustomContext("vorx_flags", VORX_BENCH_FLAGS);
     benchmark::AddCustomContext("vorx_quick", quick ? "yes" : "no");
+    benchmark::AddCustomContext("vorx_cpu", cpuModel());
     std::vector<std::size_t> sizes{1000};
     if (!quick) sizes.push_back(100000);
     vb::registerTimings(sizes);
