@@ -12,8 +12,6 @@
 namespace {
 using namespace vb;
 
-template <class T> constexpr Elem elemOf() { return sizeof(T) == 8 ? Elem::F64 : Elem::F32; }
-
 // Long double elimination of object k of operand 0, rows exchanged: lu gets the factors
 // in logical order, p the original row of each.
 template <class T, int N> void referenceLU(const Ctx& c, std::size_t k, long double* lu, int* p) {
@@ -36,7 +34,22 @@ template <class T, int N> void referenceLU(const Ctx& c, std::size_t k, long dou
 
 constexpr std::uint64_t kSeed = 0x5eed1u;
 
-template <class T, int N> Op luDecomp(const char* id, const char* title) {
+// vorx keeps the rows in place: logical row i is physical row perm[i].
+template <class T, int N> void vorxCanon(const Ctx& c, std::size_t k, long double* out) {
+    for (int i = 0; i < N; ++i) {
+        int r = static_cast<int>(c.a[1].at<std::uint32_t>(k, 0, i));
+        for (int j = 0; j < N; ++j) out[i * N + j] = r < N ? c.a[2].at<T>(k, r, j) : NAN;
+    }
+}
+
+// The vorx kernel of a row, or nothing while the library does not export the family.
+#ifdef VORX_HAVE_LU
+#define VORX_LU(kernel) kernel
+#else
+#define VORX_LU(kernel) nullptr
+#endif
+
+template <class T, int N> Op luDecomp(const char* id, const char* title, Run vorx) {
     Op op;
     op.id = id;
     op.title = title;
@@ -52,26 +65,15 @@ template <class T, int N> Op luDecomp(const char* id, const char* title) {
       .kernel("plain -O3", Lay::C, [](const Ctx& c) { plain_O3::luDecomp<T, N>(c.p<T>(0), c.p<std::uint32_t>(1), c.p<T>(2), c.n); })
       .kernel("Eigen", Lay::C, [](const Ctx& c) { eigen_peer::luDecomp<T, N>(c.p<T>(0), c.p<std::uint32_t>(1), c.p<T>(2), c.n); })
       .kernel("LAPACK", Lay::C, [](const Ctx& c) { lapack_peer::luDecomp<T, N>(c.p<T>(0), c.p<std::uint32_t>(1), c.p<T>(2), c.n); });
+    if (vorx) op.kernel("vorx", Lay::C, std::move(vorx), vorxCanon<T, N>);
     return op;
 }
 
-// vorx keeps the rows in place: logical row i is physical row perm[i].
-template <class T, int N> void vorxCanon(const Ctx& c, std::size_t k, long double* out) {
-    for (int i = 0; i < N; ++i) {
-        int r = static_cast<int>(c.a[1].at<std::uint32_t>(k, 0, i));
-        for (int j = 0; j < N; ++j) out[i * N + j] = r < N ? c.a[2].at<T>(k, r, j) : NAN;
-    }
-}
-
-#ifdef VORX_HAVE_LU
 template <class T>
 using Decomp = vorxStatus (*)(const T*, int32_t, int32_t, uint32_t*, T*, int32_t, int32_t, uint32_t);
-template <class T, int N, Decomp<T> Fn> void addVorxDecomp(Op& op) {
-    op.kernel("vorx", Lay::C, [](const Ctx& c) {
-        Fn(c.p<T>(0), c.os(0), c.rs(0), c.p<std::uint32_t>(1), c.p<T>(2), c.os(2), c.rs(2), c.count());
-    }, vorxCanon<T, N>);
+template <class T, Decomp<T> Fn> void vorxDecomp(const Ctx& c) {
+    Fn(c.p<T>(0), c.os(0), c.rs(0), c.p<std::uint32_t>(1), c.p<T>(2), c.os(2), c.rs(2), c.count());
 }
-#endif
 
 // Solve a x = b: operands a, b, x, then the factor and perm that vorx works through.
 Op luSolve6() {
@@ -118,22 +120,14 @@ Op luSolve6() {
 
 void registerLU() {
     auto& r = registry();
-    r.push_back(luDecomp<float, 4>("lu_4x4_32f", "4x4 LU 32f"));
-#ifdef VORX_HAVE_LU
-    addVorxDecomp<float, 4, vorxLUDecomp_ma_32f_4x4>(r.back());
-#endif
-    r.push_back(luDecomp<float, 6>("lu_6x6_32f", "6x6 LU 32f"));
-#ifdef VORX_HAVE_LU
-    addVorxDecomp<float, 6, vorxLUDecomp_ma_32f_6x6>(r.back());
-#endif
-    r.push_back(luDecomp<double, 4>("lu_4x4_64f", "4x4 LU 64f"));
-#ifdef VORX_HAVE_LU
-    addVorxDecomp<double, 4, vorxLUDecomp_ma_64f_4x4>(r.back());
-#endif
-    r.push_back(luDecomp<double, 6>("lu_6x6_64f", "6x6 LU 64f"));
-#ifdef VORX_HAVE_LU
-    addVorxDecomp<double, 6, vorxLUDecomp_ma_64f_6x6>(r.back());
-#endif
+    r.push_back(luDecomp<float, 4>("lu_4x4_32f", "4x4 LU 32f",
+                          VORX_LU((vorxDecomp<float, vorxLUDecomp_ma_32f_4x4>))));
+    r.push_back(luDecomp<float, 6>("lu_6x6_32f", "6x6 LU 32f",
+                          VORX_LU((vorxDecomp<float, vorxLUDecomp_ma_32f_6x6>))));
+    r.push_back(luDecomp<double, 4>("lu_4x4_64f", "4x4 LU 64f",
+                          VORX_LU((vorxDecomp<double, vorxLUDecomp_ma_64f_4x4>))));
+    r.push_back(luDecomp<double, 6>("lu_6x6_64f", "6x6 LU 64f",
+                          VORX_LU((vorxDecomp<double, vorxLUDecomp_ma_64f_6x6>))));
     r.push_back(luSolve6());
 }
 

@@ -8,7 +8,14 @@
 namespace {
 using namespace vb;
 
-template <int N> Op addMamT(const char* id, const char* title) {
+// The vorx kernels of a row, or nothing while the library does not export the family.
+#ifdef VORX_HAVE_MATADD
+#define VORX_MATADD(kernel) kernel
+#else
+#define VORX_MATADD(kernel) nullptr
+#endif
+
+template <int N> Op addMamT(const char* id, const char* title, Run vorxC, Run vorxL) {
     Op op;
     op.id = id;
     op.title = title;
@@ -27,10 +34,10 @@ template <int N> Op addMamT(const char* id, const char* title) {
       .kernel("plain -O2", Lay::L, [](const Ctx& c) { plain_O2::addMatTL<float, N>(c.t<float>(0), c.p<float>(1), c.t<float>(2), c.n); })
       .kernel("plain -O3", Lay::L, [](const Ctx& c) { plain_O3::addMatTL<float, N>(c.t<float>(0), c.p<float>(1), c.t<float>(2), c.n); })
       .kernel("Eigen", Lay::L, [](const Ctx& c) { eigen_peer::addMatTL<float, N>(c.t<float>(0), c.p<float>(1), c.t<float>(2), c.n); });
+    if (vorxC) op.kernel("vorx", Lay::C, std::move(vorxC)).kernel("vorx", Lay::L, std::move(vorxL));
     return op;
 }
 
-#ifdef VORX_HAVE_MATADD
 using MamT = vorxStatus (*)(const float*, int32_t, int32_t, const float*, int32_t, float*, int32_t,
                             int32_t, uint32_t);
 using MamTL = vorxStatus (*)(const float* const*, int32_t, int32_t, const float*, int32_t,
@@ -41,18 +48,15 @@ template <MamT Fn> void vorxC(const Ctx& c) {
 template <MamTL Fn> void vorxL(const Ctx& c) {
     Fn(c.t<float>(0), 0, c.rs(0), c.p<float>(1), c.rs(1), c.t<float>(2), 0, c.rs(2), c.count());
 }
-#endif
 
 void registerMatAdd() {
     auto& r = registry();
-    r.push_back(addMamT<3>("add_mamT_3x3_32f", "3x3 + 3x3 transposed 32f"));
-#ifdef VORX_HAVE_MATADD
-    r.back().kernel("vorx", Lay::C, vorxC<vorxAdd_mamT_32f_3x3>).kernel("vorx", Lay::L, vorxL<vorxAdd_mamT_32f_3x3_L>);
-#endif
-    r.push_back(addMamT<6>("add_mamT_6x6_32f", "6x6 + 6x6 transposed 32f"));
-#ifdef VORX_HAVE_MATADD
-    r.back().kernel("vorx", Lay::C, vorxC<vorxAdd_mamT_32f_6x6>).kernel("vorx", Lay::L, vorxL<vorxAdd_mamT_32f_6x6_L>);
-#endif
+    r.push_back(addMamT<3>("add_mamT_3x3_32f", "3x3 + 3x3 transposed 32f",
+                          VORX_MATADD(vorxC<vorxAdd_mamT_32f_3x3>),
+                          VORX_MATADD(vorxL<vorxAdd_mamT_32f_3x3_L>)));
+    r.push_back(addMamT<6>("add_mamT_6x6_32f", "6x6 + 6x6 transposed 32f",
+                          VORX_MATADD(vorxC<vorxAdd_mamT_32f_6x6>),
+                          VORX_MATADD(vorxL<vorxAdd_mamT_32f_6x6_L>)));
 }
 
 const Registrar reg(registerMatAdd);

@@ -8,9 +8,14 @@
 namespace {
 using namespace vb;
 
-template <class T> constexpr Elem elemOf() { return sizeof(T) == 8 ? Elem::F64 : Elem::F32; }
+// The vorx kernel of a row, or nothing while the library does not export the family.
+#ifdef VORX_HAVE_MUL
+#define VORX_MUL(kernel) kernel
+#else
+#define VORX_MUL(kernel) nullptr
+#endif
 
-template <class T, int N> Op mulMama(const char* id, const char* title) {
+template <class T, int N> Op mulMama(const char* id, const char* title, Run vorx) {
     Op op;
     op.id = id;
     op.title = title;
@@ -30,39 +35,30 @@ template <class T, int N> Op mulMama(const char* id, const char* title) {
       .kernel("plain -O3", Lay::C, [](const Ctx& c) { plain_O3::mul<T, N>(c.p<T>(0), c.p<T>(1), c.p<T>(2), c.n); })
       .kernel("Eigen", Lay::C, [](const Ctx& c) { eigen_peer::mul<T, N>(c.p<T>(0), c.p<T>(1), c.p<T>(2), c.n); })
       .kernel("BLAS", Lay::C, [](const Ctx& c) { lapack_peer::mul<T, N>(c.p<T>(0), c.p<T>(1), c.p<T>(2), c.n); });
+    if (vorx) op.kernel("vorx", Lay::C, std::move(vorx));
     return op;
 }
 
-#ifdef VORX_HAVE_MUL
 template <class T>
 using Mama = vorxStatus (*)(const T*, int32_t, int32_t, const T*, int32_t, int32_t, T*, int32_t,
                             int32_t, uint32_t);
 template <class T, Mama<T> Fn> void vorxC(const Ctx& c) {
     Fn(c.p<T>(0), c.os(0), c.rs(0), c.p<T>(1), c.os(1), c.rs(1), c.p<T>(2), c.os(2), c.rs(2), c.count());
 }
-#endif
 
 void registerMul() {
     auto& r = registry();
-    r.push_back(mulMama<float, 3>("mul_mama_3x3_32f", "3x3 by 3x3 32f"));
-#ifdef VORX_HAVE_MUL
-    r.back().kernel("vorx", Lay::C, vorxC<float, vorxMul_mama_32f_3x3>);
-#endif
-    r.push_back(mulMama<float, 4>("mul_mama_4x4_32f", "4x4 by 4x4 32f"));
-#ifdef VORX_HAVE_MUL
-    r.back().kernel("vorx", Lay::C, vorxC<float, vorxMul_mama_32f_4x4>);
-#endif
-    r.push_back(mulMama<float, 6>("mul_mama_6x6_32f", "6x6 by 6x6 32f"));
-#ifdef VORX_HAVE_MUL
-    r.back().kernel("vorx", Lay::C, vorxC<float, vorxMul_mama_32f_6x6>);
-#endif
-    r.push_back(mulMama<double, 4>("mul_mama_4x4_64f", "4x4 by 4x4 64f"));
-#ifdef VORX_HAVE_MUL
-    r.back().kernel("vorx", Lay::C, vorxC<double, vorxMul_mama_64f_4x4>);
-#endif
+    r.push_back(mulMama<float, 3>("mul_mama_3x3_32f", "3x3 by 3x3 32f",
+                          VORX_MUL((vorxC<float, vorxMul_mama_32f_3x3>))));
+    r.push_back(mulMama<float, 4>("mul_mama_4x4_32f", "4x4 by 4x4 32f",
+                          VORX_MUL((vorxC<float, vorxMul_mama_32f_4x4>))));
+    r.push_back(mulMama<float, 6>("mul_mama_6x6_32f", "6x6 by 6x6 32f",
+                          VORX_MUL((vorxC<float, vorxMul_mama_32f_6x6>))));
+    r.push_back(mulMama<double, 4>("mul_mama_4x4_64f", "4x4 by 4x4 64f",
+                          VORX_MUL((vorxC<double, vorxMul_mama_64f_4x4>))));
 
     // 4x4 32f in the Strided and List layouts.
-    Op op = mulMama<float, 4>("mul_mama_4x4_32f_layouts", "4x4 by 4x4 32f");
+    Op op = mulMama<float, 4>("mul_mama_4x4_32f_layouts", "4x4 by 4x4 32f", nullptr);
     op.kernels.clear();
     op.kernel("plain -O2", Lay::S2, [](const Ctx& c) { plain_O2::mulS<float, 4>(c.p<float>(0), c.p<float>(1), c.p<float>(2), c.os(0), c.rs(0), c.es(0), c.n); })
       .kernel("plain -O3", Lay::S2, [](const Ctx& c) { plain_O3::mulS<float, 4>(c.p<float>(0), c.p<float>(1), c.p<float>(2), c.os(0), c.rs(0), c.es(0), c.n); })

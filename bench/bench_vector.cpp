@@ -8,8 +8,6 @@
 namespace {
 using namespace vb;
 
-template <class T> constexpr Elem elemOf() { return sizeof(T) == 8 ? Elem::F64 : Elem::F32; }
-
 // dst = src1 + src2, one vector per object; the sum rounded once to T.
 template <class T, int N> Op vectorAdd(const char* id, const char* title) {
     Op op;

@@ -102,4 +102,5 @@ double uniform(std::uint64_t& state); // in [-1, 1)
 void makePivoting(const Ctx& c, int op, std::size_t k, std::uint64_t seed);
 
 std::size_t elemSize(Elem e);
+template <class T> constexpr Elem elemOf() { return sizeof(T) == 8 ? Elem::F64 : Elem::F32; }
 } // namespace vb
