@@ -9,7 +9,10 @@ jobs=$(nproc)
 cmake -S . -B build/i386 -DCMAKE_TOOLCHAIN_FILE="$PWD"/cmake/i386-toolchain.cmake -DVORX_BUILD_TESTS=ON >/dev/null
 cmake --build build/i386 -j"$jobs"
 (cd build/i386 && ctest --output-on-failure -j"$jobs")
+# The native build also builds the benchmarks, whose quick pass (bench_smoke) checks
+# every kernel against its reference.
 cmake -S . -B build/native -DCMAKE_TOOLCHAIN_FILE="$PWD"/cmake/native-toolchain.cmake -DVORX_BUILD_TESTS=ON \
+      -DVORX_BUILD_BENCH=ON \
       -DVORX_I386_DIGEST="$PWD/build/i386/digest.txt" >/dev/null
 cmake --build build/native -j"$jobs"
 (cd build/native && ctest --output-on-failure -j"$jobs")
