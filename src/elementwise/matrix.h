@@ -22,9 +22,9 @@ using sse::R;
 //   6  r[i]: e0..e3, s[q]: e4, e5 of row 2q in the low half and of row 2q+1 in the high
 template <int N>
 struct Rows {
-    static constexpr int S = N == 5 ? 5 : N == 6 ? 3 : 1;
+    static constexpr int S = N == 5 ? 5 : N == 6 ? 3 : 0;
     R r[N];
-    R s[S];
+    R s[S ? S : 1];
 };
 
 template <int N, bool A>
@@ -45,7 +45,9 @@ template <class Op, int N>
 Rows<N> opRows(const Rows<N>& a, const Rows<N>& b)
 {
     Rows<N> m;
+    #pragma GCC unroll 16
     for (int i = 0; i < N; ++i) m.r[i] = Op::p(a.r[i], b.r[i]);
+    #pragma GCC unroll 16
     for (int q = 0; q < m.S; ++q) m.s[q] = N == 5 ? Op::p1(a.s[q], b.s[q]) : Op::p(a.s[q], b.s[q]);
     return m;
 }
@@ -62,6 +64,7 @@ template <int N, bool A, class V>
 Rows<N> fetchRows(const V& v, intptr_t k)
 {
     Rows<N> m{};
+    #pragma GCC unroll 16
     for (uint32_t i = 0; i < N; ++i) {
         const float* p = rowOf(v, k, i);
         m.r[i] = loadHead<N, A>(p);
@@ -74,6 +77,7 @@ Rows<N> fetchRows(const V& v, intptr_t k)
 template <int N, bool A, class V>
 void storeRows(const V& v, intptr_t k, const Rows<N>& m)
 {
+    #pragma GCC unroll 16
     for (uint32_t i = 0; i < N; ++i) {
         float* p = rowOf(v, k, i);
         storeHead<N, A>(p, m.r[i]);
@@ -221,12 +225,16 @@ vorxStatus packedMatrices(A a, B b, D d, uint32_t count, bool array)
         // one flip turns the result.
         auto tiles = [&](const auto& v, intptr_t k) {
             Tiles<N> m;
+            #pragma GCC unroll 16
             for (uint32_t p = 0; p < G; ++p)
+                #pragma GCC unroll 16
                 for (uint32_t q = 0; q < G; ++q)
                     if constexpr (both) m.t[p * G + q] = storedTile(v, k, p, q);
                     else m.t[p * G + q] = tileOf(v, k, p, q);
             if constexpr (N == 5) {
+                #pragma GCC unroll 16
                 for (uint32_t i = 0; i < 4; ++i) m.edge[i] = *elemOf(v, k, i, 4);
+                #pragma GCC unroll 16
                 for (uint32_t j = 0; j < 5; ++j) m.edge[4 + j] = *elemOf(v, k, 4, j);
             }
             return m;
@@ -239,14 +247,18 @@ vorxStatus packedMatrices(A a, B b, D d, uint32_t count, bool array)
         auto object = [&](uint32_t k) {
             Tiles<N> x = Single == 1 ? inv : tiles(a, k);
             Tiles<N> y = Single == 2 ? inv : tiles(b, k);
+            #pragma GCC unroll 16
             for (uint32_t p = 0; p < G; ++p)
+                #pragma GCC unroll 16
                 for (uint32_t q = 0; q < G; ++q) {
                     R t = Op::p(x.t[p * G + q], y.t[p * G + q]);
                     if (both) t = flip(t);
                     storeTile(rowOf(d, k, 2 * p) + 2 * q, rowOf(d, k, 2 * p + 1) + 2 * q, t);
                 }
             if constexpr (N == 5) {
+                #pragma GCC unroll 16
                 for (uint32_t i = 0; i < 4; ++i) rowOf(d, k, i)[4] = Op::s(x.edge[i], y.edge[i]);
+                #pragma GCC unroll 16
                 for (uint32_t j = 0; j < 5; ++j) rowOf(d, k, 4)[j] = Op::s(x.edge[4 + j], y.edge[4 + j]);
             }
         };
