@@ -395,6 +395,21 @@ TEST(LUDecomp, ArraysTestTheLastPivotAtItsDisplacedLocation)
     });
 }
 
+// The arguments of a decomposition of packed row-major matrices, object count 1.
+template <class T>
+ArgPack densePack(T* src, uint32_t* perm, T* dst, uint32_t S)
+{
+    ArgPack a;
+    a.src = src;
+    a.srcRowStride = static_cast<int32_t>(S * sizeof(T));
+    a.perm = perm;
+    a.dst = dst;
+    a.dstRowStride = static_cast<int32_t>(S * sizeof(T));
+    a.size = S;
+    a.count = 1;
+    return a;
+}
+
 // Single-matrix 3x3 cases in both types, with their expected perm and status.
 template <class T>
 void decompCase(const char* type, std::vector<T> a, std::vector<uint32_t> wantPerm, vorxStatus wantSt,
@@ -403,13 +418,7 @@ void decompCase(const char* type, std::vector<T> a, std::vector<uint32_t> wantPe
     std::string name = std::string("vorxLUDecomp_m_") + type + "_3x3";
     std::vector<T> d(9, T(7));
     std::vector<uint32_t> perm(3, kUnset);
-    ArgPack args;
-    args.src = a.data();
-    args.srcRowStride = 3 * sizeof(T);
-    args.dst = d.data();
-    args.dstRowStride = 3 * sizeof(T);
-    args.perm = perm.data();
-    EXPECT_EQ(vt::call(byName(name), args), wantSt) << name;
+    EXPECT_EQ(vt::call(byName(name), densePack(a.data(), perm.data(), d.data(), 3)), wantSt) << name;
     EXPECT_EQ(perm, wantPerm) << name;
     if (wantDst) expectSameBits(d, *wantDst, name);
 }
@@ -431,6 +440,9 @@ void pivotingCases(const char* type)
     // (empty) exchange.
     std::vector<T> partial = {T(0.5), 0, T(-0.5), T(0.25), 0, T(4.25), 4, 8, 3};
     decompCase<T>(type, {2, 4, 1, 1, 2, 5, 4, 8, 3}, {2, 1, 0}, vorxStatusZeroDivide, &partial);
+    // The exchange comes before the threshold test: a failing pivot stands exchanged.
+    std::vector<T> tiny = {T(1e-9), 1, 0, T(-2e-9), 1, 1, 0, 0, 1};
+    decompCase<T>(type, tiny, {1, 0, 2}, vorxStatusZeroDivide, &tiny);
     // All zeros: failure at step 0 with perm the identity and dst an exact copy.
     std::vector<T> zeros(9, T(0));
     decompCase<T>(type, zeros, {0, 1, 2}, vorxStatusZeroDivide, &zeros);
@@ -466,14 +478,7 @@ TEST(LUDecomp, FixedSizesKeepTheMultiplierWide)
         for (const char* name : {"vorxLUDecomp_m_64f_6x6", "vorxLUDecomp_m_64f"}) {
             std::vector<double> d(36);
             std::vector<uint32_t> perm(6);
-            ArgPack args;
-            args.src = a.data();
-            args.srcRowStride = 48;
-            args.dst = d.data();
-            args.dstRowStride = 48;
-            args.perm = perm.data();
-            args.size = 6;
-            EXPECT_EQ(vt::call(byName(name), args), vorxStatusOk);
+            EXPECT_EQ(vt::call(byName(name), densePack(a.data(), perm.data(), d.data(), 6)), vorxStatusOk);
             expectSameBits(d, std::string(name) == "vorxLUDecomp_m_64f" ? narrow : wide, name);
         }
     }
@@ -485,29 +490,17 @@ TEST(LUDecomp, InPlaceAndSizeOne)
     std::mt19937 rng(7);
     std::vector<float> a = matrix<float>(Shape::Random, 5, rng), d(25), same = a;
     std::vector<uint32_t> p1(5), p2(5);
-    ArgPack args;
-    args.src = a.data();
-    args.srcRowStride = 20;
-    args.dst = d.data();
-    args.dstRowStride = 20;
-    args.perm = p1.data();
-    EXPECT_EQ(vt::call(byName("vorxLUDecomp_m_32f_5x5"), args), vorxStatusOk);
-    args.src = args.dst = same.data();
-    args.perm = p2.data();
-    EXPECT_EQ(vt::call(byName("vorxLUDecomp_m_32f_5x5"), args), vorxStatusOk);
+    EXPECT_EQ(vt::call(byName("vorxLUDecomp_m_32f_5x5"), densePack(a.data(), p1.data(), d.data(), 5)), vorxStatusOk);
+    EXPECT_EQ(vt::call(byName("vorxLUDecomp_m_32f_5x5"), densePack(same.data(), p2.data(), same.data(), 5)),
+              vorxStatusOk);
     expectSameBits(same, d, "in place");
     EXPECT_EQ(p1, p2);
 
     for (double v : {0.5, 0x1p-24}) {
         double s = v, out = 9;
         uint32_t perm = kUnset;
-        ArgPack one;
-        one.src = &s;
-        one.dst = &out;
-        one.perm = &perm;
-        one.size = 1;
-        one.count = 1;
-        EXPECT_EQ(vt::call(byName("vorxLUDecomp_ma_64f"), one), v == 0.5 ? vorxStatusOk : vorxStatusZeroDivide);
+        EXPECT_EQ(vt::call(byName("vorxLUDecomp_ma_64f"), densePack(&s, &perm, &out, 1)),
+                  v == 0.5 ? vorxStatusOk : vorxStatusZeroDivide);
         EXPECT_EQ(out, v);
         EXPECT_EQ(perm, 0u);
     }
