@@ -1,9 +1,9 @@
 // LU decomposition and back substitution: every function against a reference
 // written as plain loops over dense arrays in the order the library promises, bit
-// for bit, in every layout with guarded outputs; solutions against an independent
-// long-double elimination; then pivoting ties, NaN, the threshold, the displaced
-// last-pivot test of arrays, the 4-byte column step of the 64f List solve with one
-// matrix, statuses and what stands written after a failure.
+// for bit, in every layout with guarded outputs; solutions against reference
+// LAPACK; then pivoting ties, NaN, the threshold, the displaced last-pivot test of
+// arrays, the 4-byte column step of the 64f List solve with one matrix, statuses
+// and what stands written after a failure.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -88,28 +88,20 @@ void refSolve(A a, const uint32_t* perm, const T* b, T* x, uint32_t S)
     }
 }
 
-// An independent solve of A x = b: Gaussian elimination in long double with the
-// rows really exchanged.
-std::vector<long double> independentSolve(std::vector<long double> A, std::vector<long double> b, uint32_t S)
+extern "C" void dgesv_(const int* n, const int* nrhs, double* a, const int* lda, int* ipiv, double* b,
+                       const int* ldb, int* info);
+
+// An independent solve of A x = b (A dense row-major), by reference LAPACK in double.
+template <class T>
+std::vector<double> independentSolve(const std::vector<T>& A, const std::vector<T>& b, uint32_t S)
 {
-    for (uint32_t k = 0; k < S; ++k) {
-        uint32_t piv = k;
-        for (uint32_t i = k + 1; i < S; ++i)
-            if (std::fabs(A[i * S + k]) > std::fabs(A[piv * S + k])) piv = i;
-        for (uint32_t j = 0; j < S; ++j) std::swap(A[k * S + j], A[piv * S + j]);
-        std::swap(b[k], b[piv]);
-        for (uint32_t i = k + 1; i < S; ++i) {
-            long double f = A[i * S + k] / A[k * S + k];
-            for (uint32_t j = k; j < S; ++j) A[i * S + j] -= f * A[k * S + j];
-            b[i] -= f * b[k];
-        }
-    }
-    std::vector<long double> x(S);
-    for (uint32_t i = S; i-- > 0;) {
-        long double s = b[i];
-        for (uint32_t j = i + 1; j < S; ++j) s -= A[i * S + j] * x[j];
-        x[i] = s / A[i * S + i];
-    }
+    std::vector<double> colMajor(S * S), x(b.begin(), b.end());
+    for (uint32_t i = 0; i < S; ++i)
+        for (uint32_t j = 0; j < S; ++j) colMajor[j * S + i] = A[i * S + j];
+    std::vector<int> ipiv(S);
+    int n = static_cast<int>(S), one = 1, info = -1;
+    dgesv_(&n, &one, colMajor.data(), &n, ipiv.data(), x.data(), &n, &info);
+    EXPECT_EQ(info, 0);
     return x;
 }
 
@@ -561,9 +553,8 @@ void solveCase(const CatalogueEntry& e, uint32_t S, uint32_t count, std::mt19937
         expectSameBits(got, want, std::string(e.name) + " object " + std::to_string(n));
         if (fourByteColumns(e) && S > 1) continue;
         const std::vector<T>& A = orig[matArray ? n : 0];
-        auto indep = independentSolve(std::vector<long double>(A.begin(), A.end()),
-                                      std::vector<long double>(rhs.begin(), rhs.end()), S);
-        const long double tol = sizeof(T) == 4 ? 1e-4L : 1e-12L;
+        std::vector<double> indep = independentSolve(A, rhs, S);
+        const double tol = sizeof(T) == 4 ? 1e-4 : 1e-12;
         for (uint32_t i = 0; i < S; ++i)
             EXPECT_LE(std::fabs(got[i] - indep[i]), tol * (1 + std::fabs(indep[i]))) << e.name << " x[" << i << "]";
     }
