@@ -43,7 +43,7 @@ template <class T, class M, class B, class X>
 void substitute(const M& a, const uint32_t* perm, const B& b, const X& x, uint32_t n, uint32_t size)
 {
     using F = Solve<T>;
-    *x.at(n, 0, 0) = *b.at(n, 0, perm[0]);
+    copyBits(x.at(n, 0, 0), b.at(n, 0, perm[0]));
     for (uint32_t i = 1; i < size; ++i) {
         uint32_t r = perm[i];
         typename F::Acc s = F::zero();

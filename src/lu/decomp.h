@@ -24,6 +24,11 @@ inline long double mag(double x) { return __builtin_fabsl(wide(x)); }
 template <class T>
 inline bool passes(T p) { return mag(p) >= kThreshold; }
 
+// A plain copy of an element, bit for bit: a 64f value never passes through an x87
+// register, which would quieten a signalling NaN.
+template <class T>
+inline void copyBits(T* to, const T* from) { __builtin_memcpy(to, from, sizeof(T)); }
+
 // One elimination step on element type T: `scale` turns dst[r][k] into the
 // multiplier m = dst[r][k] / p (a true division, stored) and returns the negated
 // multiplier q; `update` is dst[r][j] = u * q + dst[r][j], multiply then add.
@@ -85,7 +90,7 @@ vorxStatus factorise(const S& s, uint32_t* perm, const D& d, uint32_t n, uint32_
 {
     using A = Arith<T, WideQ>;
     for (uint32_t i = 0; i < size; ++i)
-        for (uint32_t j = 0; j < size; ++j) *d.at(n, i, j) = *s.at(n, i, j);
+        for (uint32_t j = 0; j < size; ++j) copyBits(d.at(n, i, j), s.at(n, i, j));
     for (uint32_t i = 0; i < size; ++i) perm[i] = i;
     for (uint32_t k = 0; k + 1 < size; ++k) {
         // Strictly greater wins: the first of equal maxima, never a NaN.
