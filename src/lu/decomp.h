@@ -129,20 +129,6 @@ bool tablesOk(const S& s, const D& d, uint32_t entries)
 }
 
 template <class T, int N>
-struct DecompOne {
-    template <class S, class D>
-    static vorxStatus run(S s, uint32_t* perm, D d, uint32_t size)
-    {
-        if (anyNull(s, d) || !perm) return kNull;
-        if (N == 0 && size == 0) return kBadSize;
-        s = s.withShape(size, size);
-        d = d.withShape(size, size);
-        if (!lu::tablesOk(s, d, size * size)) return kNull;
-        return factorise<T, N != 0>(s, perm, d, 0, size);
-    }
-};
-
-template <class T, int N>
 struct DecompArray {
     template <class S, class D>
     static vorxStatus run(S s, uint32_t* perm, D d, uint32_t size, uint32_t count)
@@ -158,6 +144,17 @@ struct DecompArray {
             if (st != kOk) return st;
         }
         return kOk;
+    }
+};
+
+// A single matrix is the array call with one object: no count, no lists, and its
+// last pivot read where it lies.
+template <class T, int N>
+struct DecompOne {
+    template <class S, class D>
+    static vorxStatus run(S s, uint32_t* perm, D d, uint32_t size)
+    {
+        return DecompArray<T, N>::run(s, perm, d, size, 1);
     }
 };
 
