@@ -578,6 +578,21 @@ TEST(LUBackSubst, EveryFunctionMatchesTheReferenceAndSolves)
         });
 }
 
+// The arguments of a solve with a packed row-major matrix and plain vectors.
+template <class T>
+ArgPack solvePack(T* src, uint32_t* perm, T* b, T* x, uint32_t S)
+{
+    ArgPack a;
+    a.src = src;
+    a.srcRowStride = static_cast<int32_t>(S * sizeof(T));
+    a.perm = perm;
+    a.src2 = b;
+    a.dst = x;
+    a.size = S;
+    a.count = 1;
+    return a;
+}
+
 // Solves with one 64f matrix in C or List layout; `L` steps its columns by 4 bytes.
 std::vector<double> solveMva(const char* name, const std::vector<double>& m, const std::vector<uint32_t>& perm,
                              std::vector<double> b, uint32_t S)
@@ -585,18 +600,10 @@ std::vector<double> solveMva(const char* name, const std::vector<double>& m, con
     std::vector<double> x(S, 9);
     double* bp = b.data();
     double* xp = x.data();
-    ArgPack args;
-    args.src = const_cast<double*>(m.data());
-    args.srcRowStride = S * 8;
-    args.perm = const_cast<uint32_t*>(perm.data());
-    args.size = S;
-    args.count = 1;
+    ArgPack args = solvePack(const_cast<double*>(m.data()), const_cast<uint32_t*>(perm.data()), bp, xp, S);
     if (std::string_view(name).ends_with("_L")) {
         args.src2 = &bp;
         args.dst = &xp;
-    } else {
-        args.src2 = bp;
-        args.dst = xp;
     }
     EXPECT_EQ(vt::call(byName(name), args), vorxStatusOk);
     return x;
@@ -619,13 +626,7 @@ TEST(LUBackSubst, SizeOneInPlaceAndZeroPivot)
     // Size 1: x = b[perm[0]] / a.
     float a = 4, b = 3, x = 0;
     uint32_t p0 = 0;
-    ArgPack one;
-    one.src = &a;
-    one.perm = &p0;
-    one.src2 = &b;
-    one.dst = &x;
-    one.size = 1;
-    EXPECT_EQ(vt::call(byName("vorxLUBackSubst_mv_32f"), one), vorxStatusOk);
+    EXPECT_EQ(vt::call(byName("vorxLUBackSubst_mv_32f"), solvePack(&a, &p0, &b, &x, 1)), vorxStatusOk);
     EXPECT_EQ(x, 0.75f);
 
     // dst on src2: right only with the identity perm, because b[perm[i]] is read
@@ -637,15 +638,9 @@ TEST(LUBackSubst, SizeOneInPlaceAndZeroPivot)
         ASSERT_LT(refFactor(f, perm.data(), 4, true), 0);
         if (!identity) ASSERT_NE(perm, (std::vector<uint32_t>{0, 1, 2, 3}));
         std::vector<double> rhs = {1, -2, 3, 5}, apart(4), inPlace = rhs, model = rhs;
-        ArgPack args;
-        args.src = f.data();
-        args.srcRowStride = 32;
-        args.perm = perm.data();
-        args.src2 = rhs.data();
-        args.dst = apart.data();
-        EXPECT_EQ(vt::call(byName("vorxLUBackSubst_mv_64f_4x4"), args), vorxStatusOk);
-        args.src2 = args.dst = inPlace.data();
-        EXPECT_EQ(vt::call(byName("vorxLUBackSubst_mv_64f_4x4"), args), vorxStatusOk);
+        const CatalogueEntry& e = byName("vorxLUBackSubst_mv_64f_4x4");
+        EXPECT_EQ(vt::call(e, solvePack(f.data(), perm.data(), rhs.data(), apart.data(), 4)), vorxStatusOk);
+        EXPECT_EQ(vt::call(e, solvePack(f.data(), perm.data(), inPlace.data(), inPlace.data(), 4)), vorxStatusOk);
         refSolve<double>([&](uint32_t r, uint32_t j) { return f[r * 4 + j]; }, perm.data(), model.data(), model.data(), 4);
         expectSameBits(inPlace, model, "in place");
         if (identity)
@@ -658,14 +653,8 @@ TEST(LUBackSubst, SizeOneInPlaceAndZeroPivot)
     std::vector<float> u = {1, 2, 0, 0};
     std::vector<uint32_t> perm = {0, 1};
     std::vector<float> rhs = {1, 1}, out(2);
-    ArgPack z;
-    z.src = u.data();
-    z.srcRowStride = 8;
-    z.perm = perm.data();
-    z.src2 = rhs.data();
-    z.dst = out.data();
-    z.size = 2;
-    EXPECT_EQ(vt::call(byName("vorxLUBackSubst_mv_32f"), z), vorxStatusOk);
+    EXPECT_EQ(vt::call(byName("vorxLUBackSubst_mv_32f"), solvePack(u.data(), perm.data(), rhs.data(), out.data(), 2)),
+              vorxStatusOk);
     EXPECT_TRUE(std::isinf(out[1]));
 }
 
