@@ -70,12 +70,12 @@ ROWS = [
 
     # LU decomposition and back substitution.
     dict(family="LUDecomp", codes="m ma", sizes="matrix",
-         args="src:@1 perm:u32p dst:*m #size count?"),
+         args="src:@1 perm:u32p dst:*m #size count?", built=True),
     dict(family="LUBackSubst", codes="mv mava", sizes="matrix",
-         args="src:@1 perm:cu32p src2:@2 dst:*v #size count?"),
+         args="src:@1 perm:cu32p src2:@2 dst:*v #size count?", built=True),
     # One matrix for all right sides, with the unread object stride of the mava list.
     dict(family="LUBackSubst", codes="mva", sizes="matrix",
-         args="src:mq perm:cu32p src2:@2 dst:*v #size count?"),
+         args="src:mq perm:cu32p src2:@2 dst:*v #size count?", built=True),
 
     # Saxpy and linear combination: each scale stands behind the vector it weights.
     dict(family="Saxpy", codes="vv vav vva vava", sizes="vector",

@@ -1,0 +1,174 @@
+// LU decomposition with partial pivoting, one object or an array of them, for both
+// element types and every layout. The source is copied into dst and eliminated
+// there; rows never move, the exchanges live only in perm.
+//
+// One set of loops serves every member: a fixed size is the run-time loop with the
+// order as a constant. 32f: every operation in SSE single precision. 64f: on the
+// x87 unit, each quotient and each product-sum rounded once, by its store to dst.
+#pragma once
+
+#include "../frame/checks.h"
+#include "../frame/x87.h"
+
+namespace vorx {
+namespace lu {
+
+// The singularity threshold 2^-23, held as a double and shared by both element
+// types: a 64f pivot below about 1.19e-07 is reported as singular too.
+constexpr double kThreshold = 0x1p-23;
+
+// Exact magnitude in the wide format: comparisons of 32f values made there give
+// the exact comparison of the stored values. A NaN never compares true.
+inline long double mag(float x) { return __builtin_fabsl(wide(x)); }
+inline long double mag(double x) { return __builtin_fabsl(wide(x)); }
+template <class T>
+inline bool passes(T p) { return mag(p) >= kThreshold; }
+
+// A plain copy of an element, bit for bit: a 64f value never passes through an x87
+// register, which would quieten a signalling NaN.
+template <class T>
+inline void copyBits(T* to, const T* from) { __builtin_memcpy(to, from, sizeof(T)); }
+
+// One elimination step on element type T: `scale` turns dst[r][k] into the
+// multiplier m = dst[r][k] / p (a true division, stored) and returns the negated
+// multiplier q; `update` is dst[r][j] = u * q + dst[r][j], multiply then add.
+template <class T, bool WideQ>
+struct Arith;
+
+template <bool WideQ>
+struct Arith<float, WideQ> {
+    using Q = float;
+    static Q scale(float* e, float p)
+    {
+        float m = *e / p;
+        *e = m;
+        return 0.0f - m;
+    }
+    static void update(float* e, float u, Q q) { *e = u * q + *e; }
+};
+
+// 64f: the fixed sizes keep q at register width; the run-time sizes take it from
+// the multiplier as stored, rounded to double.
+template <bool WideQ>
+struct Arith<double, WideQ> {
+    using Q = long double;
+    static Q scale(double* e, double p)
+    {
+        long double m = wide(*e) / wide(p);
+        double stored = roundToDouble(m);
+        *e = stored;
+        return WideQ ? -m : -wide(stored);
+    }
+    static void update(double* e, double u, Q q) { *e = roundToDouble(wide(u) * q + wide(*e)); }
+};
+
+// The location the last-pivot test reads for object n, with l = perm[size-1].
+// Object 0 (and every single-matrix call) meets element (l, size-1) itself; object
+// n >= 1 of an array meets a location displaced by n*size elements along the row
+// (n rows down the table in the Pointer layouts, where the index may pass the end
+// of the table and the pointer found there is followed). Kept as it stands.
+template <class T>
+inline T* lastPivotAt(const Direct<T>& d, uint32_t n, uint32_t l, uint32_t size)
+{
+    return byteAt(d.at(n, l, size - 1), step(n * size, d.es));
+}
+template <class T>
+inline T* lastPivotAt(const ObjTable<T>& d, uint32_t n, uint32_t l, uint32_t size)
+{
+    return byteAt(d.at(n, l, size - 1), step(n * size, d.es));
+}
+template <class T>
+inline T* lastPivotAt(const ElemTable<T>& d, uint32_t n, uint32_t l, uint32_t size)
+{
+    return byteAt(d.x[(l + n) * size + size - 1], d.bs + step(n, d.os));
+}
+
+// Factorises object n of src into object n of dst; `perm` is the object's slice.
+// On a pivot failure at step k, dst holds steps 0..k-1 and perm the exchange of k.
+template <class T, bool WideQ, class S, class D>
+vorxStatus factorise(const S& s, uint32_t* perm, const D& d, uint32_t n, uint32_t size)
+{
+    using A = Arith<T, WideQ>;
+    for (uint32_t i = 0; i < size; ++i)
+        for (uint32_t j = 0; j < size; ++j) copyBits(d.at(n, i, j), s.at(n, i, j));
+    for (uint32_t i = 0; i < size; ++i) perm[i] = i;
+    for (uint32_t k = 0; k + 1 < size; ++k) {
+        // Strictly greater wins: the first of equal maxima, never a NaN.
+        long double best = mag(*d.at(n, perm[k], k));
+        uint32_t arg = k;
+        for (uint32_t i = k + 1; i < size; ++i) {
+            long double c = mag(*d.at(n, perm[i], k));
+            if (c > best) {
+                best = c;
+                arg = i;
+            }
+        }
+        uint32_t t = perm[arg];
+        perm[arg] = perm[k];
+        perm[k] = t;
+        T p = *d.at(n, perm[k], k);
+        if (!passes(p)) return kZeroDivide;
+        for (uint32_t i = k + 1; i < size; ++i) {
+            uint32_t r = perm[i];
+            auto q = A::scale(d.at(n, r, k), p);
+            for (uint32_t j = k + 1; j < size; ++j) A::update(d.at(n, r, j), *d.at(n, perm[k], j), q);
+        }
+    }
+    if (!passes(*lastPivotAt(d, n, perm[size - 1], size))) return kZeroDivide;
+    return kOk;
+}
+
+// Table scan of the Pointer layouts: src[k] then dst[k] for every element.
+template <class S, class D>
+bool tablesOk(const S& s, const D& d, uint32_t entries)
+{
+    if constexpr (IsElemTable<S>::value)
+        for (uint32_t k = 0; k < entries; ++k)
+            if (!s.entry(k) || !d.entry(k)) return false;
+    return true;
+}
+
+template <class T, int N>
+struct DecompArray {
+    template <class S, class D>
+    static vorxStatus run(S s, uint32_t* perm, D d, uint32_t size, uint32_t count)
+    {
+        if (anyNull(s, d) || !perm) return kNull;
+        if (N == 0 && size == 0) return kBadSize;
+        s = s.withShape(size, size);
+        d = d.withShape(size, size);
+        if (!lu::tablesOk(s, d, size * size)) return kNull;
+        for (uint32_t n = 0; n < count; ++n) {
+            if (!listsOk(n, s, d)) return kNull;
+            vorxStatus st = factorise<T, N != 0>(s, perm + n * size, d, n, size);
+            if (st != kOk) return st;
+        }
+        return kOk;
+    }
+};
+
+// A single matrix is the array call with one object: no count, no lists, and its
+// last pivot read where it lies.
+template <class T, int N>
+struct DecompOne {
+    template <class S, class D>
+    static vorxStatus run(S s, uint32_t* perm, D d, uint32_t size)
+    {
+        return DecompArray<T, N>::run(s, perm, d, size, 1);
+    }
+};
+
+template <template <class, int> class Run>
+struct Family {
+    template <class T, int N, Lay>
+    struct Impl : Run<T, N> {};
+};
+
+}  // namespace lu
+
+namespace tag {
+struct LUDecomp_m : lu::Family<lu::DecompOne> {};
+struct LUDecomp_ma : lu::Family<lu::DecompArray> {};
+}  // namespace tag
+
+}  // namespace vorx

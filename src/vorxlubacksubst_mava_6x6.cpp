@@ -1,0 +1,4 @@
+// LU back substitution, an array of matrices with an array of vectors of order 6: 32f and 64f,
+// all layouts.
+#include "lu/backsubst.h"
+#include "vorxlubacksubst_mava_6x6.inc"

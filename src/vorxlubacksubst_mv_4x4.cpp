@@ -1,0 +1,3 @@
+// LU back substitution, one matrix and one vector of order 4: 32f and 64f, all layouts.
+#include "lu/backsubst.h"
+#include "vorxlubacksubst_mv_4x4.inc"
