@@ -24,6 +24,8 @@ const char* layName(Lay l) {
 
 std::size_t elemSize(Elem e) { return e == Elem::F64 ? 8 : 4; }
 
+static std::size_t spareObjects(std::size_t n, int rows) { return n / static_cast<std::size_t>(rows) + 1; }
+
 void Arr::layOut(Lay l, std::size_t count, int r, int c, std::size_t elemBytes) {
     lay = l;
     n = count;
@@ -35,8 +37,11 @@ void Arr::layOut(Lay l, std::size_t count, int r, int c, std::size_t elemBytes) 
     std::size_t bytes = 0;
     switch (l) {
     case Lay::C:
+        // Spare objects behind the array: the LU factorisation reads, for object k, a
+        // word k rows past its last pivot (see bench_lu.cpp), which for the last objects
+        // lies behind the array.
         es = static_cast<long>(esz), rs = c * es, os = r * rs;
-        bytes = n * objBytes;
+        bytes = (n + spareObjects(n, r)) * objBytes;
         break;
     case Lay::S2: // each element followed by an unused one, as in an interleaved record
         es = 2 * static_cast<long>(esz), rs = c * es, os = r * rs;
@@ -167,6 +172,17 @@ std::unique_ptr<Ctx> build(const Op& op, std::size_t opIndex, Lay lay, std::size
     }
     if (op.make)
         for (std::size_t k = 0; k < n; ++k) op.make(*c, k);
+    // Outputs and work areas start as NaN (unless the operation says otherwise), so
+    // that an element a kernel never writes cannot pass the check.
+    for (std::size_t x = 0; x < op.operands.size(); ++x) {
+        const Operand& o = op.operands[x];
+        if (o.role == Role::In || o.elem == Elem::U32) continue;
+        std::size_t objs = o.single ? 1 : n;
+        if (c->a[x].lay == Lay::C) objs += spareObjects(objs, o.rows);
+        for (std::size_t k = 0; k < objs; ++k)
+            for (int i = 0; i < o.rows; ++i)
+                for (int j = 0; j < o.cols; ++j) c->a[x].set(o.elem, k, i, j, op.outputFill);
+    }
     return c;
 }
 
@@ -191,12 +207,6 @@ int checkAll(std::string& summary) {
         const long double eps = resultElem(op) == Elem::F32 ? FLT_EPSILON : DBL_EPSILON;
         for (const Kernel& kn : op.kernels) {
             auto c = build(op, opIndex, kn.lay, kCheckObjects);
-            for (std::size_t x = 0; x < op.operands.size(); ++x)
-                if (op.operands[x].role == Role::Out)
-                    for (std::size_t k = 0; k < kCheckObjects; ++k)
-                        for (int i = 0; i < c->a[x].rows; ++i)
-                            for (int j = 0; j < c->a[x].cols; ++j)
-                                c->a[x].set(op.operands[x].elem, k, i, j, NAN);
             kn.run(*c);
             std::vector<long double> ref(len), got(len);
             long double worst = 0;

@@ -5,6 +5,7 @@
 #pragma once
 #include <cstddef>
 #include <cstdint>
+#include <cmath>
 #include <functional>
 #include <string>
 #include <vector>
@@ -80,6 +81,7 @@ struct Op {
     Canon reference;   // long double, from the inputs as stored
     double tol = 2;    // in units of the element type's epsilon times the object's scale
     std::function<void(const Ctx&, std::size_t k)> make; // empty: random in [-1, 1]
+    long double outputFill = NAN; // what the outputs hold before a kernel runs
     std::vector<Kernel> kernels;
 
     Op& kernel(std::string peer, Lay lay, Run run, Canon canon = {}) {
