@@ -258,8 +258,12 @@ vorxStatus packedMatrices(A a, B b, D d, uint32_t count, bool array)
             if constexpr (N == 5) {
                 #pragma GCC unroll 16
                 for (uint32_t i = 0; i < 4; ++i) rowOf(d, k, i)[4] = Op::s(x.edge[i], y.edge[i]);
-                #pragma GCC unroll 16
-                for (uint32_t j = 0; j < 5; ++j) rowOf(d, k, 4)[j] = Op::s(x.edge[4 + j], y.edge[4 + j]);
+                // The last row: columns 0..3 as one packed row, column 4 a scalar.
+                auto lastRow = [](const Tiles<N>& m) {
+                    return _mm_setr_ps(m.edge[4], m.edge[5], m.edge[6], m.edge[7]);
+                };
+                sse::store4u(rowOf(d, k, 4), Op::p(lastRow(x), lastRow(y)));
+                rowOf(d, k, 4)[4] = Op::s(x.edge[8], y.edge[8]);
             }
         };
         if (!array) {
