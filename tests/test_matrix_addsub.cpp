@@ -3,6 +3,9 @@
 // partial writes of the frame; in place; and the behaviours particular to single
 // functions (the 3x3 pipelines at count 0 and their list tests, the unread
 // src2RowStride of mamT 3x3, the test index of transposed Pointer operands).
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <gtest/gtest.h>
 
 #include "fixture.h"
@@ -419,6 +422,28 @@ TEST(MatrixAddSub, AlignedDataTakesTheAlignedMoves)
                         << name << " " << k << " " << i << " " << j;
                 }
     }
+}
+
+// The 3x3 maTm and mamT forms read each stored row of their transposed source as
+// four elements: the word behind its last row must be readable. With that word on a
+// protected page they fault where their twins, which read exactly three, do not.
+TEST(MatrixAddSubDeathTest, FullWidthRowLoadsOfThe3x3TransposedForms)
+{
+    long page = sysconf(_SC_PAGESIZE);
+    auto* mem = static_cast<unsigned char*>(
+        mmap(nullptr, 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+    ASSERT_NE(mem, MAP_FAILED);
+    ASSERT_EQ(mprotect(mem + page, page, PROT_NONE), 0);
+    float* src1 = reinterpret_cast<float*>(mem + page) - 9;  // the last row ends at the page
+    for (int n = 0; n < 9; ++n) src1[n] = static_cast<float>(n);
+    float src2[9] = {}, dst[9];
+    EXPECT_EQ(vorxAdd_mam_32f_3x3(src1, 36, 12, src2, 12, dst, 36, 12, 1), vorxStatusOk);
+    EXPECT_EQ(vorxAdd_maTm_32f_3x3_S2(src1, 36, 12, 4, src2, 12, 4, dst, 36, 12, 4, 1), vorxStatusOk);
+    EXPECT_DEATH(vorxAdd_maTm_32f_3x3(src1, 36, 12, src2, 12, dst, 36, 12, 1), "");
+    EXPECT_DEATH(vorxSub_maTm_32f_3x3(src1, 36, 12, src2, 12, dst, 36, 12, 1), "");
+    // mamT reads the single src2 so.
+    EXPECT_DEATH(vorxAdd_mamT_32f_3x3(src2, 36, 12, src1, 12, dst, 36, 12, 1), "");
+    munmap(mem, 2 * page);
 }
 
 }  // namespace
