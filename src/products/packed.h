@@ -66,14 +66,17 @@ struct Packed {
         template <class B>
         void load(uint32_t k, const B& b)
         {
+#pragma GCC unroll 6
             for (uint32_t n = 0; n < N; ++n) r[n] = N == 3 ? row3<S2T>(b, k, n) : row4<S2T>(b, k, n);
             if constexpr (N == 5 && !col4Late)
+#pragma GCC unroll 5
                 for (uint32_t n = 0; n < 5; ++n) c4[n] = *b.at(k, n, 4);
             if constexpr (N == 6 && !pairsLate) loadPairs(k, b);
         }
         template <class B>
         void loadPairs(uint32_t k, const B& b)
         {
+#pragma GCC unroll 6
             for (uint32_t n = 0; n < 6; ++n) t[n] = pair45<S2T>(b, k, n);
         }
     };
@@ -128,6 +131,7 @@ struct Packed {
             if constexpr (pairsLate) h.loadPairs(k, b);
             for (uint32_t r = 0; r < 6; r += 2) {
                 R v[6];  // lanes: s1(r, n), s1(r, n), s1(r+1, n), s1(r+1, n)
+#pragma GCC unroll 3
                 for (uint32_t n = 0; n < 6; n += 2) {
                     if constexpr (!S1T) {
                         R p = sse::load2(a.at(k, r, n));      // (r, n), (r, n+1), 0, 0
