@@ -37,10 +37,12 @@ struct SumF32 {
 struct SumX87Reg {
     using Acc = long double;
     static long double start(double* p) { *p = 0.0; return 0.0L; }
+    // A double store of the long double rounds it once, and the register goes on
+    // unrounded; nothing reads the stored copy back but an aliased source.
     static void step(long double& s, double* p, double x, double y)
     {
         s = s + wide(x) * wide(y);
-        *p = roundToDouble(s);
+        *p = static_cast<double>(s);
     }
 };
 //   64f Pointer and List layouts: the sum lives only in dst; the extended product
@@ -64,6 +66,25 @@ template <class T, Lay L> using SumOf = typename SumFor<T, L>::type;
 // Pointer call tests the dst entry of each element before zeroing it, and then,
 // for each k, the src1 entry and the src2 entry before reading them. Returns false
 // at a null entry, with the elements before it written.
+// A fixed size N passes its bounds as constants: the same loops, each row unrolled.
+template <class Sum, bool Entries, int N, class A, class B, class D>
+[[gnu::always_inline]] inline bool scalarFixed(uint32_t k, const A& a, const B& b, const D& d)
+{
+    for (uint32_t i = 0; i < N; ++i)
+#pragma GCC unroll 6
+        for (uint32_t j = 0; j < N; ++j) {
+            if (Entries && !readOk(d, i, j)) return false;
+            auto* p = d.at(k, i, j);
+            auto s = Sum::start(p);
+#pragma GCC unroll 6
+            for (uint32_t n = 0; n < N; ++n) {
+                if (Entries && !(readOk(a, i, n) && readOk(b, n, j))) return false;
+                Sum::step(s, p, *a.at(k, i, n), *b.at(k, n, j));
+            }
+        }
+    return true;
+}
+
 template <class Sum, bool Entries, class A, class B, class D>
 bool scalarObject(uint32_t k, const A& a, const B& b, const D& d, uint32_t R, uint32_t C,
                   uint32_t K)
@@ -84,38 +105,74 @@ bool scalarObject(uint32_t k, const A& a, const B& b, const D& d, uint32_t R, ui
 // The closed forms that hold op(src2) while they work (a few fixed-size Strided,
 // Pointer and List-strided forms): op(src2) is read whole, once for a single src2
 // (ahead of the count test) or once per object for an array src2; then each row of
-// op(src1) is read whole before its result row is stored. So dst may be src1 where
-// src1 is read by rows, and src2 where src2 is an array. These forms test no table
-// or list entry. `Tree` groups the six products of a 6-term sum pairwise.
+// op(src1) is read whole before its result row is stored, one element at a time,
+// j upward. So dst may be src1 where src1 is read by rows, and src2 where src2 is
+// an array. These forms test no table or list entry. `Tree` groups the six
+// products of a 6-term sum pairwise.
+//
+// op(src2) is held in registers, four columns to a register (G registers a row);
+// a lane computes the sum of one element exactly as a scalar loop would (each
+// product and each partial sum rounded to single), so the lanes of a result row
+// are computed together. The lanes past column N-1 repeat the last column and are
+// never stored.
 template <int N, bool Tree>
 struct Held {
-    template <class A, class D>
-    static void object(uint32_t k, const A& a, const float (&s2)[N][N], const D& d)
+    static constexpr int G = (N + 3) / 4;
+    using Rows = R[N][G];
+
+    template <class B>
+    static R gather(uint32_t k, const B& b, uint32_t n, uint32_t g)
     {
-        for (uint32_t i = 0; i < N; ++i) {
-            float r[N];
-            for (uint32_t n = 0; n < N; ++n) r[n] = *a.at(k, i, n);
-            for (uint32_t j = 0; j < N; ++j) {
-                float p[N];
-                for (uint32_t n = 0; n < N; ++n) p[n] = r[n] * s2[n][j];
-                float s;
-                if constexpr (Tree) {
-                    static_assert(N == 6);
-                    s = ((p[0] + p[1]) + (p[2] + p[3])) + (p[4] + p[5]);
-                } else {
-                    s = p[0];
-                    for (uint32_t n = 1; n < N; ++n) s = s + p[n];
-                }
-                *d.at(k, i, j) = s;
-            }
+        float e[4];
+#pragma GCC unroll 4
+        for (uint32_t l = 0; l < 4; ++l) {
+            uint32_t j = 4 * g + l < N ? 4 * g + l : N - 1;
+            e[l] = *b.at(k, n, j);
         }
+        return _mm_setr_ps(e[0], e[1], e[2], e[3]);
     }
 
     template <class B>
-    static void load(uint32_t k, const B& b, float (&s2)[N][N])
+    static void load(uint32_t k, const B& b, Rows& s2)
     {
+#pragma GCC unroll 6
         for (uint32_t n = 0; n < N; ++n)
-            for (uint32_t j = 0; j < N; ++j) s2[n][j] = *b.at(k, n, j);
+#pragma GCC unroll 2
+            for (uint32_t g = 0; g < G; ++g) s2[n][g] = gather(k, b, n, g);
+    }
+
+    template <class A, class D>
+    static void object(uint32_t k, const A& a, const Rows& s2, const D& d)
+    {
+        for (uint32_t i = 0; i < N; ++i) {
+            R r[N];
+#pragma GCC unroll 6
+            for (uint32_t n = 0; n < N; ++n) r[n] = _mm_set1_ps(*a.at(k, i, n));
+            R sum[G];
+#pragma GCC unroll 2
+            for (uint32_t g = 0; g < G; ++g) {
+                R p[N];
+#pragma GCC unroll 6
+                for (uint32_t n = 0; n < N; ++n) p[n] = _mm_mul_ps(r[n], s2[n][g]);
+                if constexpr (Tree) {
+                    static_assert(N == 6);
+                    sum[g] = _mm_add_ps(_mm_add_ps(_mm_add_ps(p[0], p[1]), _mm_add_ps(p[2], p[3])),
+                                        _mm_add_ps(p[4], p[5]));
+                } else {
+                    sum[g] = p[0];
+#pragma GCC unroll 6
+                    for (uint32_t n = 1; n < N; ++n) sum[g] = _mm_add_ps(sum[g], p[n]);
+                }
+            }
+#pragma GCC unroll 2
+            for (uint32_t g = 0; g < G; ++g) {
+                R v = sum[g];
+                sse::store1(d.at(k, i, 4 * g), v);
+                if (4 * g + 1 < N) sse::store1(d.at(k, i, 4 * g + 1), _mm_shuffle_ps(v, v, 1));
+                if (4 * g + 2 < N) sse::store1(d.at(k, i, 4 * g + 2), _mm_movehl_ps(v, v));
+                if (4 * g + 3 < N) sse::store1(d.at(k, i, 4 * g + 3), _mm_shuffle_ps(v, v, 3));
+            }
+        }
     }
 
     template <class A, class B, class D>
@@ -125,7 +182,7 @@ struct Held {
         a = a.withShape(N, N);
         b = b.withShape(N, N);
         d = d.withShape(N, N);
-        float s2[N][N];
+        Rows s2;
         load(0, b, s2);
         object(0, a, s2, d);
         return kOk;
@@ -138,7 +195,7 @@ struct Held {
         a = a.withShape(N, N);
         b = b.withShape(N, N);
         d = d.withShape(N, N);
-        float s2[N][N];
+        Rows s2;
         if (SingleSrc2) load(0, b, s2);
         for (uint32_t k = 0; k < count; ++k) {
             if (!SingleSrc2) load(k, b, s2);
@@ -202,7 +259,10 @@ struct Family {
                 b = b.withShape(h2, w2);
                 d = d.withShape(h1, w2);
                 constexpr bool entries = L == Lay::P;
-                return scalarObject<Sum, entries>(0, a, b, d, h1, C, K) ? kOk : kNull;
+                bool done;
+                if constexpr (N > 0) done = scalarFixed<Sum, entries, N>(0, a, b, d);
+                else done = scalarObject<Sum, entries>(0, a, b, d, h1, C, K);
+                return done ? kOk : kNull;
             }
         }
 
@@ -226,7 +286,10 @@ struct Family {
                 d = d.withShape(h1, w2);
                 if (!(tableOk(a, w1 * h1) && tableOk(b, w2 * h2) && tableOk(d, s[DA] * s[DB])))
                     return kNull;
-                auto object = [&](uint32_t k) { scalarObject<Sum, false>(k, a, b, d, h1, w2, h2); };
+                auto object = [&](uint32_t k) {
+                    if constexpr (N > 0) scalarFixed<Sum, false, N>(k, a, b, d);
+                    else scalarObject<Sum, false>(k, a, b, d, h1, w2, h2);
+                };
                 return arrayCall(false, 0, count, nothing, object, a, b, d);
             }
         }

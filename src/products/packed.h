@@ -24,20 +24,20 @@ inline R plus(R acc, R p) { return _mm_add_ps(acc, p); }
 
 // Columns 0..3 of row n of op(src2) (of one object k), and the 3-lane row.
 template <bool T, class B>
-R row4(const B& b, uint32_t k, uint32_t n)
+[[gnu::always_inline]] inline R row4(const B& b, uint32_t k, uint32_t n)
 {
     if constexpr (!T) return sse::load4u(b.at(k, n, 0));
     else return _mm_setr_ps(*b.at(k, n, 0), *b.at(k, n, 1), *b.at(k, n, 2), *b.at(k, n, 3));
 }
 template <bool T, class B>
-R row3(const B& b, uint32_t k, uint32_t n)
+[[gnu::always_inline]] inline R row3(const B& b, uint32_t k, uint32_t n)
 {
     if constexpr (!T) return sse::load3(b.at(k, n, 0));
     else return _mm_setr_ps(*b.at(k, n, 0), 0.0f, *b.at(k, n, 1), *b.at(k, n, 2));  // e0, 0, e1, e2
 }
 // Columns 4, 5 of row n, duplicated.                       lanes: c4, c5, c4, c5
 template <bool T, class B>
-R pair45(const B& b, uint32_t k, uint32_t n)
+[[gnu::always_inline]] inline R pair45(const B& b, uint32_t k, uint32_t n)
 {
     if constexpr (!T) {
         R p = sse::load2(b.at(k, n, 4));  // c4, c5, 0, 0
@@ -47,6 +47,14 @@ R pair45(const B& b, uint32_t k, uint32_t n)
         return _mm_setr_ps(c4, c5, c4, c5);
     }
 }
+
+// Object k of a Contiguous or List operand as a view of that object alone (index 0).
+template <class T>
+Direct<T> alone(const Direct<T>& v, uint32_t k) { return {v.row(k, 0), 0, v.rs, v.es}; }
+template <class T>
+Direct<T> alone(const ObjTable<T>& v, uint32_t k) { return {v.row(k, 0), 0, v.rs, v.es}; }
+template <class V>
+auto alone(const Tr<V>& v, uint32_t k) { return Tr<decltype(alone(v.v, k))>{alone(v.v, k)}; }
 
 // Single: a one-object code; S1T, S2T: src1, src2 read transposed; Arr2: src2 changes per object.
 // Two single-object shapes read part of src2 late, which decides what a call with
@@ -66,14 +74,17 @@ struct Packed {
         template <class B>
         void load(uint32_t k, const B& b)
         {
+#pragma GCC unroll 6
             for (uint32_t n = 0; n < N; ++n) r[n] = N == 3 ? row3<S2T>(b, k, n) : row4<S2T>(b, k, n);
             if constexpr (N == 5 && !col4Late)
+#pragma GCC unroll 5
                 for (uint32_t n = 0; n < 5; ++n) c4[n] = *b.at(k, n, 4);
             if constexpr (N == 6 && !pairsLate) loadPairs(k, b);
         }
         template <class B>
         void loadPairs(uint32_t k, const B& b)
         {
+#pragma GCC unroll 6
             for (uint32_t n = 0; n < 6; ++n) t[n] = pair45<S2T>(b, k, n);
         }
     };
@@ -89,24 +100,31 @@ struct Packed {
     }
 
     // Object k; an array src2 is loaded into a register set of the object's own.
+    // The operands are first narrowed to object k (a List entry read once, not
+    // again for every row after a store).
     template <class A, class B, class D>
     static void object(uint32_t k, const A& a, const B& b, const D& d, Src2& held)
     {
+        auto a1 = alone(a, k);
+        auto d1 = alone(d, k);
         if constexpr (Arr2) {
+            auto b1 = alone(b, k);
             Src2 h;
-            h.load(k, b);
-            compute(k, a, b, d, h);
+            h.load(0, b1);
+            compute(0, a1, b1, d1, h);
         } else {
-            compute(k, a, b, d, held);
+            compute(0, a1, b, d1, held);
         }
     }
 
     template <class A, class B, class D>
-    static void compute(uint32_t k, const A& a, const B& b, const D& d, Src2& h)
+    [[gnu::always_inline]] static void compute(uint32_t k, const A& a, const B& b, const D& d, Src2& h)
     {
         if constexpr (N == 3) {
+#pragma GCC unroll 4
             for (uint32_t i = 0; i < 3; ++i) sse::store3(d.at(k, i, 0), rowSum(k, a, i, h));
         } else if constexpr (N == 4) {
+#pragma GCC unroll 4
             for (uint32_t i = 0; i < 4; ++i) sse::store4u(d.at(k, i, 0), rowSum(k, a, i, h));
         } else if constexpr (N == 5) {
             for (uint32_t i = 0; i < 5; ++i) {
@@ -128,6 +146,7 @@ struct Packed {
             if constexpr (pairsLate) h.loadPairs(k, b);
             for (uint32_t r = 0; r < 6; r += 2) {
                 R v[6];  // lanes: s1(r, n), s1(r, n), s1(r+1, n), s1(r+1, n)
+#pragma GCC unroll 3
                 for (uint32_t n = 0; n < 6; n += 2) {
                     if constexpr (!S1T) {
                         R p = sse::load2(a.at(k, r, n));      // (r, n), (r, n+1), 0, 0
