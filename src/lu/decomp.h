@@ -100,6 +100,31 @@ struct Rows<V, Packed, true> {
 template <bool Packed, class V>
 Rows<V, Packed> rows(const V& v, uint32_t n) { return {v, n}; }
 
+// The rows of dst in perm order. A fixed order keeps their addresses in an array
+// that is exchanged along with perm; the run-time sizes find them through perm.
+template <class R, int N>
+struct PermRows {
+    typename R::Row r[N];
+    explicit PermRows(const R& d)
+    {
+        for (uint32_t i = 0; i < N; ++i) r[i] = d.row(i);
+    }
+    typename R::Row operator()(const uint32_t*, uint32_t i) const { return r[i]; }
+    void exchange(uint32_t a, uint32_t k)
+    {
+        auto t = r[a];
+        r[a] = r[k];
+        r[k] = t;
+    }
+};
+template <class R>
+struct PermRows<R, 0> {
+    const R& d;
+    explicit PermRows(const R& rows) : d(rows) {}
+    typename R::Row operator()(const uint32_t* perm, uint32_t i) const { return d.row(perm[i]); }
+    void exchange(uint32_t, uint32_t) {}
+};
+
 // The location the last-pivot test reads for object n, with l = perm[size-1].
 // Object 0 (and every single-matrix call) meets element (l, size-1) itself; object
 // n >= 1 of an array meets a location displaced by n*size elements along the row
@@ -142,14 +167,15 @@ vorxStatus factorise(const S& src, uint32_t* perm, const D& dst, uint32_t n, uin
     }
 #pragma GCC unroll 8
     for (uint32_t i = 0; i < size; ++i) perm[i] = i;
+    PermRows<decltype(d), N> at(d);
 #pragma GCC unroll 8
     for (uint32_t k = 0; k + 1 < size; ++k) {
         // Strictly greater wins: the first of equal maxima, never a NaN.
-        long double best = mag(*d.at(d.row(perm[k]), k));
+        long double best = mag(*d.at(at(perm, k), k));
         uint32_t arg = k;
 #pragma GCC unroll 8
         for (uint32_t i = k + 1; i < size; ++i) {
-            long double c = mag(*d.at(d.row(perm[i]), k));
+            long double c = mag(*d.at(at(perm, i), k));
             if (c > best) {
                 best = c;
                 arg = i;
@@ -158,12 +184,13 @@ vorxStatus factorise(const S& src, uint32_t* perm, const D& dst, uint32_t n, uin
         uint32_t t = perm[arg];
         perm[arg] = perm[k];
         perm[k] = t;
-        auto pr = d.row(t);
+        at.exchange(arg, k);
+        auto pr = at(perm, k);
         T p = *d.at(pr, k);
         if (!passes(p)) return kZeroDivide;
 #pragma GCC unroll 8
         for (uint32_t i = k + 1; i < size; ++i) {
-            auto r = d.row(perm[i]);
+            auto r = at(perm, i);
             auto q = A::scale(d.at(r, k), p);
 #pragma GCC unroll 8
             for (uint32_t j = k + 1; j < size; ++j) A::update(d.at(r, j), d.at(pr, j), q);
