@@ -22,9 +22,9 @@ struct Solve<float> {
     using Acc = float;
     static Acc zero() { return 0.0f; }
     static Acc add(Acc s, float a, float x) { return s + a * x; }
-    static float first(float b, Acc s) { return b - s; }
-    static float last(float x, float p) { return x / p; }
-    static float back(float x, Acc s, float p) { return (x - s) / p; }
+    static void first(float* x, float b, Acc s) { *x = b - s; }
+    static void last(float* x, float p) { *x = *x / p; }
+    static void back(float* x, Acc s, float p) { *x = (*x - s) / p; }
 };
 
 template <>
@@ -32,31 +32,45 @@ struct Solve<double> {
     using Acc = long double;
     static Acc zero() { return 0.0L; }
     static Acc add(Acc s, double a, double x) { return s + wide(a) * wide(x); }
-    static double first(double b, Acc s) { return roundToDouble(wide(b) - s); }
-    static double last(double x, double p) { return roundToDouble(wide(x) / wide(p)); }
-    static double back(double x, Acc s, double p) { return roundToDouble((wide(x) - s) / wide(p)); }
+    static void first(double* x, double b, Acc s) { storeRounded(x, wide(b) - s); }
+    static void last(double* x, double p) { storeRounded(x, wide(*x) / wide(p)); }
+    static void back(double* x, Acc s, double p) { storeRounded(x, (wide(*x) - s) / wide(p)); }
 };
 
 // Solves object n: matrix a (object n of an array, or the one matrix whose view
-// has no object term), right side b, result x.
-template <class T, class M, class B, class X>
-void substitute(const M& a, const uint32_t* perm, const B& b, const X& x, uint32_t n, uint32_t size)
+// has no object term), right side b, result x. A fixed order N makes every loop
+// bound a constant; the loops open out as in the decomposition.
+template <class T, int N, bool Packed, class M, class B, class X>
+void substitute(const M& ma, const uint32_t* perm, const B& mb, const X& mx, uint32_t n,
+                uint32_t sizeArg)
 {
     using F = Solve<T>;
-    copyBits(x.at(n, 0, 0), b.at(n, 0, perm[0]));
+    const uint32_t size = N ? N : sizeArg;
+    auto a = rows<Packed>(ma, n);
+    auto b = rows<Packed>(mb, n);
+    auto x = rows<Packed>(mx, n);
+    auto br = b.row(0);
+    auto xr = x.row(0);
+    copyBits(x.at(xr, 0), b.at(br, perm[0]));
+#pragma GCC unroll 8
     for (uint32_t i = 1; i < size; ++i) {
         uint32_t r = perm[i];
+        auto ar = a.row(r);
         typename F::Acc s = F::zero();
-        for (uint32_t j = 0; j < i; ++j) s = F::add(s, *a.at(n, r, j), *x.at(n, 0, j));
-        *x.at(n, 0, i) = F::first(*b.at(n, 0, r), s);
+#pragma GCC unroll 8
+        for (uint32_t j = 0; j < i; ++j) s = F::add(s, *a.at(ar, j), *x.at(xr, j));
+        F::first(x.at(xr, i), *b.at(br, r), s);
     }
     uint32_t z = size - 1;
-    *x.at(n, 0, z) = F::last(*x.at(n, 0, z), *a.at(n, perm[z], z));
-    for (uint32_t i = z; i-- > 0;) {
-        uint32_t r = perm[i];
+    F::last(x.at(xr, z), *a.at(a.row(perm[z]), z));
+#pragma GCC unroll 8
+    for (uint32_t t = 1; t < size; ++t) {
+        uint32_t i = z - t;
+        auto ar = a.row(perm[i]);
         typename F::Acc s = F::zero();
-        for (uint32_t j = i + 1; j < size; ++j) s = F::add(s, *a.at(n, r, j), *x.at(n, 0, j));
-        *x.at(n, 0, i) = F::back(*x.at(n, 0, i), s, *a.at(n, r, i));
+#pragma GCC unroll 8
+        for (uint32_t j = i + 1; j < size; ++j) s = F::add(s, *a.at(ar, j), *x.at(xr, j));
+        F::back(x.at(xr, i), s, *a.at(ar, i));
     }
 }
 
@@ -76,7 +90,7 @@ bool tablesOk(const M& a, const B& b, const X& x, uint32_t size)
 
 // The whole call; a single-vector form is the array form with one object and no
 // count test.
-template <class T, int N, bool Array, class M, class B, class X>
+template <class T, int N, bool Packed, class M, class B, class X>
 vorxStatus solveCall(M a, const uint32_t* perm, B b, X x, uint32_t size, uint32_t count,
                      uint32_t permStep)
 {
@@ -90,31 +104,31 @@ vorxStatus solveCall(M a, const uint32_t* perm, B b, X x, uint32_t size, uint32_
         // List entries of the call's lists in argument order (the one matrix of
         // the mva forms is plain memory, not a list).
         if (!listsOk(n, a, b, x)) return kNull;
-        substitute<T>(a, perm + n * permStep, b, x, n, size);
+        substitute<T, N, Packed>(a, perm + n * permStep, b, x, n, size);
     }
     return kOk;
 }
 
-template <class T, int N>
+template <class T, int N, bool Packed>
 struct SolveOne {
     template <class M, class B, class X>
     static vorxStatus run(M a, const uint32_t* perm, B b, X x, uint32_t size)
     {
-        return solveCall<T, N, false>(a, perm, b, x, size, 1, 0);
+        return solveCall<T, N, Packed>(a, perm, b, x, size, 1, 0);
     }
 };
 
 // One perm for every right side (mva) or one slice per object (mava).
-template <class T, int N, bool PermPerObject>
+template <class T, int N, bool Packed, bool PermPerObject>
 struct SolveArray {
     template <class M, class B, class X>
     static vorxStatus run(M a, const uint32_t* perm, B b, X x, uint32_t size, uint32_t count)
     {
-        return solveCall<T, N, true>(a, perm, b, x, size, count, PermPerObject ? size : 0);
+        return solveCall<T, N, Packed>(a, perm, b, x, size, count, PermPerObject ? size : 0);
     }
 };
-template <class T, int N> using SolveShared = SolveArray<T, N, false>;
-template <class T, int N> using SolveEach = SolveArray<T, N, true>;
+template <class T, int N, bool Packed> using SolveShared = SolveArray<T, N, Packed, false>;
+template <class T, int N, bool Packed> using SolveEach = SolveArray<T, N, Packed, true>;
 
 // The 64f List forms of the one-matrix solve step the matrix columns by 4 bytes,
 // not 8: element (r, j) is the double at src + r*srcRowStride + j*4, in the sums
@@ -127,7 +141,7 @@ struct FourByteColumns {
                           uint32_t count)
     {
         a.es = 4;
-        return SolveShared<double, N>::run(a, perm, b, x, size, count);
+        return SolveShared<double, N, false>::run(a, perm, b, x, size, count);
     }
 };
 

@@ -25,9 +25,24 @@ template <class T>
 inline bool passes(T p) { return mag(p) >= kThreshold; }
 
 // A plain copy of an element, bit for bit: a 64f value never passes through an x87
-// register, which would quieten a signalling NaN.
+// register, which would quieten a signalling NaN. The empty asm makes the first
+// arithmetic read load the element from where it was stored, not a copy of the
+// integer register bounced through the stack.
 template <class T>
-inline void copyBits(T* to, const T* from) { __builtin_memcpy(to, from, sizeof(T)); }
+inline void copyBits(T* to, const T* from)
+{
+    __builtin_memcpy(to, from, sizeof(T));
+    __asm__("" : "+m"(*to));
+}
+
+// Stores a wide value rounded to double straight into its element; the empty asm
+// makes every later read of the element go back to memory, never to the unrounded
+// register.
+inline void storeRounded(double* e, long double x)
+{
+    *e = static_cast<double>(x);
+    __asm__("" : "+m"(*e));
+}
 
 // One elimination step on element type T: `scale` turns dst[r][k] into the
 // multiplier m = dst[r][k] / p (a true division, stored) and returns the negated
@@ -44,7 +59,7 @@ struct Arith<float, WideQ> {
         *e = m;
         return 0.0f - m;
     }
-    static void update(float* e, float u, Q q) { *e = u * q + *e; }
+    static void update(float* e, const float* u, Q q) { *e = *u * q + *e; }
 };
 
 // 64f: the fixed sizes keep q at register width; the run-time sizes take it from
@@ -55,11 +70,59 @@ struct Arith<double, WideQ> {
     static Q scale(double* e, double p)
     {
         long double m = wide(*e) / wide(p);
-        double stored = roundToDouble(m);
-        *e = stored;
-        return WideQ ? -m : -wide(stored);
+        storeRounded(e, m);
+        return WideQ ? -m : -wide(*e);
     }
-    static void update(double* e, double u, Q q) { *e = roundToDouble(wide(u) * q + wide(*e)); }
+    static void update(double* e, const double* u, Q q) { storeRounded(e, wide(*u) * q + wide(*e)); }
+};
+
+// Element access by rows. Direct and List views find a row once and step along it
+// (by a constant where the elements lie E bytes apart: `Packed`); a Pointer view
+// has no rows in memory, so its row is the index and every element its own entry.
+template <class V, bool Packed, bool Table = IsElemTable<V>::value>
+struct Rows {
+    using T = typename V::Elem;
+    using Row = T*;
+    V v;
+    uint32_t n;
+    Row row(uint32_t i) const { return v.row(n, i); }
+    T* at(Row r, uint32_t j) const { return Packed ? r + j : byteAt(r, step(j, v.es)); }
+};
+template <class V, bool Packed>
+struct Rows<V, Packed, true> {
+    using T = typename V::Elem;
+    using Row = uint32_t;
+    V v;
+    uint32_t n;
+    Row row(uint32_t i) const { return i; }
+    T* at(Row r, uint32_t j) const { return v.at(n, r, j); }
+};
+template <bool Packed, class V>
+Rows<V, Packed> rows(const V& v, uint32_t n) { return {v, n}; }
+
+// The rows of dst in perm order. A fixed order keeps their addresses in an array
+// that is exchanged along with perm; the run-time sizes find them through perm.
+template <class R, int N>
+struct PermRows {
+    typename R::Row r[N];
+    explicit PermRows(const R& d)
+    {
+        for (uint32_t i = 0; i < N; ++i) r[i] = d.row(i);
+    }
+    typename R::Row operator()(const uint32_t*, uint32_t i) const { return r[i]; }
+    void exchange(uint32_t a, uint32_t k)
+    {
+        auto t = r[a];
+        r[a] = r[k];
+        r[k] = t;
+    }
+};
+template <class R>
+struct PermRows<R, 0> {
+    const R& d;
+    explicit PermRows(const R& rows) : d(rows) {}
+    typename R::Row operator()(const uint32_t* perm, uint32_t i) const { return d.row(perm[i]); }
+    void exchange(uint32_t, uint32_t) {}
 };
 
 // The location the last-pivot test reads for object n, with l = perm[size-1].
@@ -85,19 +148,34 @@ inline T* lastPivotAt(const ElemTable<T>& d, uint32_t n, uint32_t l, uint32_t si
 
 // Factorises object n of src into object n of dst; `perm` is the object's slice.
 // On a pivot failure at step k, dst holds steps 0..k-1 and perm the exchange of k.
-template <class T, bool WideQ, class S, class D>
-vorxStatus factorise(const S& s, uint32_t* perm, const D& d, uint32_t n, uint32_t size)
+// A fixed order N makes every loop bound a constant, and the unrolling pragmas let
+// those loops open out completely (every element at a constant offset from its
+// row); the run-time sizes get the same loops unrolled by 8.
+template <class T, int N, bool Packed, class S, class D>
+vorxStatus factorise(const S& src, uint32_t* perm, const D& dst, uint32_t n, uint32_t sizeArg)
 {
-    using A = Arith<T, WideQ>;
-    for (uint32_t i = 0; i < size; ++i)
-        for (uint32_t j = 0; j < size; ++j) copyBits(d.at(n, i, j), s.at(n, i, j));
+    using A = Arith<T, N != 0>;
+    const uint32_t size = N ? N : sizeArg;
+    auto s = rows<Packed>(src, n);
+    auto d = rows<Packed>(dst, n);
+#pragma GCC unroll 8
+    for (uint32_t i = 0; i < size; ++i) {
+        auto sr = s.row(i);
+        auto dr = d.row(i);
+#pragma GCC unroll 8
+        for (uint32_t j = 0; j < size; ++j) copyBits(d.at(dr, j), s.at(sr, j));
+    }
+#pragma GCC unroll 8
     for (uint32_t i = 0; i < size; ++i) perm[i] = i;
+    PermRows<decltype(d), N> at(d);
+#pragma GCC unroll 8
     for (uint32_t k = 0; k + 1 < size; ++k) {
         // Strictly greater wins: the first of equal maxima, never a NaN.
-        long double best = mag(*d.at(n, perm[k], k));
+        long double best = mag(*d.at(at(perm, k), k));
         uint32_t arg = k;
+#pragma GCC unroll 8
         for (uint32_t i = k + 1; i < size; ++i) {
-            long double c = mag(*d.at(n, perm[i], k));
+            long double c = mag(*d.at(at(perm, i), k));
             if (c > best) {
                 best = c;
                 arg = i;
@@ -106,15 +184,19 @@ vorxStatus factorise(const S& s, uint32_t* perm, const D& d, uint32_t n, uint32_
         uint32_t t = perm[arg];
         perm[arg] = perm[k];
         perm[k] = t;
-        T p = *d.at(n, perm[k], k);
+        at.exchange(arg, k);
+        auto pr = at(perm, k);
+        T p = *d.at(pr, k);
         if (!passes(p)) return kZeroDivide;
+#pragma GCC unroll 8
         for (uint32_t i = k + 1; i < size; ++i) {
-            uint32_t r = perm[i];
-            auto q = A::scale(d.at(n, r, k), p);
-            for (uint32_t j = k + 1; j < size; ++j) A::update(d.at(n, r, j), *d.at(n, perm[k], j), q);
+            auto r = at(perm, i);
+            auto q = A::scale(d.at(r, k), p);
+#pragma GCC unroll 8
+            for (uint32_t j = k + 1; j < size; ++j) A::update(d.at(r, j), d.at(pr, j), q);
         }
     }
-    if (!passes(*lastPivotAt(d, n, perm[size - 1], size))) return kZeroDivide;
+    if (!passes(*lastPivotAt(dst, n, perm[size - 1], size))) return kZeroDivide;
     return kOk;
 }
 
@@ -128,7 +210,7 @@ bool tablesOk(const S& s, const D& d, uint32_t entries)
     return true;
 }
 
-template <class T, int N>
+template <class T, int N, bool Packed>
 struct DecompArray {
     template <class S, class D>
     static vorxStatus run(S s, uint32_t* perm, D d, uint32_t size, uint32_t count)
@@ -140,7 +222,7 @@ struct DecompArray {
         if (!lu::tablesOk(s, d, size * size)) return kNull;
         for (uint32_t n = 0; n < count; ++n) {
             if (!listsOk(n, s, d)) return kNull;
-            vorxStatus st = factorise<T, N != 0>(s, perm + n * size, d, n, size);
+            vorxStatus st = factorise<T, N, Packed>(s, perm + n * size, d, n, size);
             if (st != kOk) return st;
         }
         return kOk;
@@ -149,19 +231,21 @@ struct DecompArray {
 
 // A single matrix is the array call with one object: no count, no lists, and its
 // last pivot read where it lies.
-template <class T, int N>
+template <class T, int N, bool Packed>
 struct DecompOne {
     template <class S, class D>
     static vorxStatus run(S s, uint32_t* perm, D d, uint32_t size)
     {
-        return DecompArray<T, N>::run(s, perm, d, size, 1);
+        return DecompArray<T, N, Packed>::run(s, perm, d, size, 1);
     }
 };
 
-template <template <class, int> class Run>
+// Contiguous and List operands lie E bytes apart along a row in every operand of
+// a call.
+template <template <class, int, bool> class Run>
 struct Family {
-    template <class T, int N, Lay>
-    struct Impl : Run<T, N> {};
+    template <class T, int N, Lay L>
+    struct Impl : Run<T, N, adjacent(L)> {};
 };
 
 }  // namespace lu
