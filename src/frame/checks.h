@@ -58,6 +58,18 @@ bool elementOk(const V& v, uint32_t i, uint32_t j)
 template <class... O>
 bool elementsOk(uint32_t i, uint32_t j, const O&... o) { return (elementOk(o, i, j) && ...); }
 
+// The entry that a read of element (i, j) actually goes through, for the families that
+// test an entry just before they follow it: a transposed view tests the entry it
+// reads, where step 6 above tests the one at the running index.
+template <class V>
+bool readOk(const V& v, uint32_t i, uint32_t j)
+{
+    if constexpr (IsElemTable<V>::value) return v.entry(i * v.pitch + j);
+    return true;
+}
+template <class V>
+bool readOk(const Tr<V>& v, uint32_t i, uint32_t j) { return readOk(v.v, j, i); }
+
 // The usual run of an array call: steps 1 to 5 around an object kernel. `sizesBad`
 // is step 2 as the family reads it; `entries` the table length of step 3;
 // `beforeCount` runs after the table scan and before the count test (the packed

@@ -5,7 +5,6 @@
 #pragma once
 
 #include "../frame/checks.h"
-#include "../frame/reads.h"
 #include "../frame/x87.h"
 #include "packed.h"
 
