@@ -208,6 +208,7 @@ def main():
     ap.add_argument("report")
     ap.add_argument("plot")
     ap.add_argument("--command", default="")
+    ap.add_argument("--floor", help="Markdown of vorx_floor, appended after the targets")
     args = ap.parse_args()
     ctx, times, titles, order = load(args.results)
     sizes = sorted({k[3] for k in times})
@@ -238,6 +239,10 @@ def main():
     md.append("")
     md.append(targets_table(times))
     md.append("")
+    if args.floor:
+        with open(args.floor) as f:
+            md.append(f.read().strip())
+        md.append("")
     plot_n = 1000 if 1000 in sizes else (sizes[0] if sizes else 1000)
     plot(rows_for(times, order, plot_n), titles, args.plot, plot_n)
     md.append("Plot: `%s`" % args.plot)
