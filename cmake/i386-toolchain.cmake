@@ -5,7 +5,11 @@ set(CMAKE_SYSTEM_PROCESSOR i686)
 set(CMAKE_LIBRARY_ARCHITECTURE i386-linux-gnu)
 set(CMAKE_C_COMPILER gcc)
 set(CMAKE_CXX_COMPILER g++)
-set(VORX_TARGET_FLAGS "-m32 -march=i686 -msse -mno-sse2 -mfpmath=sse")
+# -march=i686 alone would also tune for that processor, which splits every unaligned
+# 16-byte move into two 8-byte halves; on the processors that run the library now
+# that makes the 4x4 product a quarter slower. -mtune=generic keeps the instruction
+# set and tunes for them, as the native build is tuned.
+set(VORX_TARGET_FLAGS "-m32 -march=i686 -mtune=generic -msse -mno-sse2 -mfpmath=sse")
 set(CMAKE_C_FLAGS_INIT "${VORX_TARGET_FLAGS}")
 set(CMAKE_CXX_FLAGS_INIT "${VORX_TARGET_FLAGS}")
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-m32")
