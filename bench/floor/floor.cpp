@@ -34,25 +34,23 @@ double nsPerTurn(F body)
 // form of the same 128-bit operations: the SSE forms would chain every register to
 // itself and measure latency instead. The execution units are the same, so this is
 // a floor for the two-operand code as well.
-#define M(r) "vmulps %%xmm7, %%xmm6, %%xmm" #r "\n\t"
-#define A(r) "vaddps %%xmm7, %%xmm6, %%xmm" #r "\n\t"
-#define S(r) "vshufps $0, %%xmm7, %%xmm6, %%xmm" #r "\n\t"
-#define CLOBBER "xmm0", "xmm1", "xmm2", "xmm3", "xmm4", "xmm5"
+#define M(r) "vmulps %%xmm6, %%xmm6, %%xmm" #r "\n\t"
+#define A(r) "vaddps %%xmm6, %%xmm6, %%xmm" #r "\n\t"
+#define S(r) "vshufps $0, %%xmm6, %%xmm6, %%xmm" #r "\n\t"
 #define FOUR(X) X(0) X(1) X(2) X(3)
 #define MULS FOUR(M) FOUR(M) FOUR(M) FOUR(M)
 #define ADDS FOUR(A) FOUR(A) FOUR(A)
 #define SHUFS FOUR(S) FOUR(S) FOUR(S) FOUR(S)
 
-// xmm6 and xmm7 hold 1.0: no operand is ever denormal (which would be slow for
-// reasons of its own).
-void ones()
-{
-    static const float one[4] = {1.0f, 1.0f, 1.0f, 1.0f};
-    __asm__ volatile("vmovups %0, %%xmm6\n\tvmovaps %%xmm6, %%xmm7" ::"m"(one) : "xmm6", "xmm7");
-}
-void mulsOnly() { __asm__ volatile(MULS ::: CLOBBER); }
-void mulsAdds() { __asm__ volatile(MULS ADDS ::: CLOBBER); }
-void scheme() { __asm__ volatile(MULS ADDS SHUFS ::: CLOBBER); }
+// Every turn first loads 1.0 into the source register, so no operand is ever
+// denormal (which would be slow for reasons of its own).
+const float kOne[4] = {1.0f, 1.0f, 1.0f, 1.0f};
+#define TURN(ops) __asm__ volatile("vmovups %0, %%xmm6\n\t" ops ::"m"(kOne) \
+                                   : "xmm0", "xmm1", "xmm2", "xmm3", "xmm6")
+
+void mulsOnly() { TURN(MULS); }
+void mulsAdds() { TURN(MULS ADDS); }
+void scheme() { TURN(MULS ADDS SHUFS); }
 
 // One dependent integer add a cycle on every x86 of this century: the clock.
 double ghz()
@@ -85,7 +83,6 @@ int main()
                 "in registers, objects independent (`vorx_floor`, built with the benchmarks):\n\n", f);
     std::printf("| work per object | cycles | ns at this clock |\n|---|---|---|\n");
     for (auto& r : rows) {
-        ones();
         double ns = nsPerTurn(r.body);
         std::printf("| %s | %.1f | %.2f |\n", r.what, ns * f, ns);
     }
