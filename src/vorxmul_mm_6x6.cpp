@@ -7,18 +7,24 @@ namespace vorx {
 // all of op(src2) first, then each row of op(src1), and sum each element as a tree,
 // ((p0 + p1) + (p2 + p3)) + (p4 + p5): their results differ in the last bits from
 // the left-to-right sums of every other form (vorxMul_mTm_32f_6x6_S2 among them).
-template <class Tag>
+struct PairwiseSix {
+    [[gnu::always_inline]] static mul::R sum(const mul::R (&p)[6])
+    {
+        return _mm_add_ps(_mm_add_ps(_mm_add_ps(p[0], p[1]), _mm_add_ps(p[2], p[3])),
+                          _mm_add_ps(p[4], p[5]));
+    }
+};
 struct TreeSum6x6 {
     template <class A, class B, class D>
     static vorxStatus run(A a, uint32_t, uint32_t, B b, uint32_t, uint32_t, D d)
     {
-        return mul::Held<6, true>::run(a, b, d);
+        return mul::Held<6, PairwiseSix>::run(a, b, d);
     }
 };
 
-template <> struct Body<tag::Mul_mm, float, 6, Lay::S2> : TreeSum6x6<tag::Mul_mm> {};
-template <> struct Body<tag::Mul_mmT, float, 6, Lay::S2> : TreeSum6x6<tag::Mul_mmT> {};
-template <> struct Body<tag::Mul_mTmT, float, 6, Lay::S2> : TreeSum6x6<tag::Mul_mTmT> {};
+template <> struct Body<tag::Mul_mm, float, 6, Lay::S2> : TreeSum6x6 {};
+template <> struct Body<tag::Mul_mmT, float, 6, Lay::S2> : TreeSum6x6 {};
+template <> struct Body<tag::Mul_mTmT, float, 6, Lay::S2> : TreeSum6x6 {};
 
 }  // namespace vorx
 

@@ -106,15 +106,27 @@ bool scalarObject(uint32_t k, const A& a, const B& b, const D& d, uint32_t R, ui
 // (ahead of the count test) or once per object for an array src2; then each row of
 // op(src1) is read whole before its result row is stored, one element at a time,
 // j upward. So dst may be src1 where src1 is read by rows, and src2 where src2 is
-// an array. These forms test no table or list entry. `Tree` groups the six
-// products of a 6-term sum pairwise.
+// an array. These forms test no table or list entry. `Order` sums the N products
+// of an element: left to right here; three 6x6 Strided forms have an order of
+// their own, beside them in their unit.
 //
 // op(src2) is held in registers, four columns to a register (G registers a row);
 // a lane computes the sum of one element exactly as a scalar loop would (each
 // product and each partial sum rounded to single), so the lanes of a result row
 // are computed together. The lanes past column N-1 repeat the last column and are
 // never stored.
-template <int N, bool Tree>
+struct LeftToRight {
+    template <int N>
+    [[gnu::always_inline]] static R sum(const R (&p)[N])
+    {
+        R s = p[0];
+#pragma GCC unroll 6
+        for (int n = 1; n < N; ++n) s = _mm_add_ps(s, p[n]);
+        return s;
+    }
+};
+
+template <int N, class Order = LeftToRight>
 struct Held {
     static constexpr int G = (N + 3) / 4;
     using Rows = R[N][G];
@@ -153,15 +165,7 @@ struct Held {
                 R p[N];
 #pragma GCC unroll 6
                 for (uint32_t n = 0; n < N; ++n) p[n] = _mm_mul_ps(r[n], s2[n][g]);
-                if constexpr (Tree) {
-                    static_assert(N == 6);
-                    sum[g] = _mm_add_ps(_mm_add_ps(_mm_add_ps(p[0], p[1]), _mm_add_ps(p[2], p[3])),
-                                        _mm_add_ps(p[4], p[5]));
-                } else {
-                    sum[g] = p[0];
-#pragma GCC unroll 6
-                    for (uint32_t n = 1; n < N; ++n) sum[g] = _mm_add_ps(sum[g], p[n]);
-                }
+                sum[g] = Order::sum(p);
             }
 #pragma GCC unroll 2
             for (uint32_t g = 0; g < G; ++g) {
@@ -211,7 +215,7 @@ struct HeldArray {
     template <class A, class B, class D>
     static vorxStatus run(A a, uint32_t, uint32_t, B b, uint32_t, uint32_t, D d, uint32_t count)
     {
-        return Held<N, false>::template run<SingleSrc2>(a, b, d, count);
+        return Held<N>::template run<SingleSrc2>(a, b, d, count);
     }
 };
 
