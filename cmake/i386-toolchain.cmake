@@ -10,6 +10,10 @@ set(CMAKE_CXX_COMPILER g++)
 # that makes the 4x4 product a quarter slower. -mtune=generic keeps the instruction
 # set and tunes for them, as the native build is tuned.
 set(VORX_TARGET_FLAGS "-m32 -march=i686 -mtune=generic -msse -mno-sse2 -mfpmath=sse")
+# The i386 calling convention promises only a 4-byte aligned stack at a call, and
+# much code that calls the library keeps no more: every exported entry (and the
+# test adapters that call them) aligns its own frame where it spills SSE registers.
+set(VORX_ENTRY_FLAGS "-mincoming-stack-boundary=2")
 set(CMAKE_C_FLAGS_INIT "${VORX_TARGET_FLAGS}")
 set(CMAKE_CXX_FLAGS_INIT "${VORX_TARGET_FLAGS}")
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-m32")

@@ -12,9 +12,9 @@ struct Body<tag::Add_vv, float, 4, Lay::C> {
     {
         if (anyNull(a, b, d)) return kNull;
         if (sse::aligned16(a.x) && sse::aligned16(b.x) && sse::aligned16(d.x))
-            sse::store4a(d.x, _mm_add_ps(sse::load4a(a.x), sse::load4a(b.x)));
+            sse::store4a(d.x, AddOp::p(sse::load4a(a.x), sse::load4a(b.x)));
         else
-            sse::store4h(d.x, _mm_add_ps(sse::load4h(a.x), sse::load4h(b.x)));
+            sse::store4h(d.x, AddOp::p(sse::load4h(a.x), sse::load4h(b.x)));
         return kOk;
     }
 };

@@ -10,8 +10,8 @@ namespace vorx {
 struct PairwiseSix {
     [[gnu::always_inline]] static mul::R sum(const mul::R (&p)[6])
     {
-        return _mm_add_ps(_mm_add_ps(_mm_add_ps(p[0], p[1]), _mm_add_ps(p[2], p[3])),
-                          _mm_add_ps(p[4], p[5]));
+        using sse::add;
+        return add(add(add(p[0], p[1]), add(p[2], p[3])), add(p[4], p[5]));
     }
 };
 struct TreeSum6x6 {

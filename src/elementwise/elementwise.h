@@ -13,10 +13,10 @@
 namespace vorx {
 
 struct AddOp {
-    static float s(float a, float b) { return a + b; }
+    static float s(float a, float b) { return sse::add(a, b); }
     static long double x(long double a, long double b) { return a + b; }
-    static sse::R p(sse::R a, sse::R b) { return _mm_add_ps(a, b); }
-    static sse::R p1(sse::R a, sse::R b) { return _mm_add_ss(a, b); }
+    static sse::R p(sse::R a, sse::R b) { return sse::add(a, b); }
+    static sse::R p1(sse::R a, sse::R b) { return sse::add1(a, b); }
 };
 
 struct SubOp {

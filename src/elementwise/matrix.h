@@ -243,6 +243,7 @@ vorxStatus packedMatrices(A a, B b, D d, uint32_t count, bool array)
         auto before = [&] {
             if constexpr (Single == 1) inv = tiles(a, 0);
             if constexpr (Single == 2) inv = tiles(b, 0);
+            sse::keep(inv);
         };
         auto object = [&](uint32_t k) {
             Tiles<N> x = Single == 1 ? inv : tiles(a, k);
@@ -289,6 +290,7 @@ vorxStatus packedMatrices(A a, B b, D d, uint32_t count, bool array)
             if constexpr (!IsObjTable<D>::value) alignedCall = Align::aligned(a, b, d, 0);
             if constexpr (Single == 1) inv = alignedCall ? rows(a, 0, Yes{}) : rows(a, 0, No{});
             if constexpr (Single == 2) inv = alignedCall ? rows(b, 0, Yes{}) : rows(b, 0, No{});
+            sse::keep(inv);
         };
         auto objectAs = [&](uint32_t k, auto al) {
             constexpr bool Al = decltype(al)::value;

@@ -79,6 +79,7 @@ vorxStatus packedVectors(A a, B b, D d, uint32_t count)
     auto before = [&] {
         if constexpr (Single == 1) inv = fetch<N>(a, 0);
         if constexpr (Single == 2) inv = fetch<N>(b, 0);
+        sse::keep(inv);
     };
     auto object = [&](uint32_t k) {
         VecReg<N> x = Single == 1 ? inv : fetch<N>(a, k);
@@ -96,6 +97,7 @@ vorxStatus scalarVectors3(A a, B b, D d, uint32_t count)
     float s[3] = {};
     auto before = [&] {
         for (uint32_t j = 0; j < 3; ++j) s[j] = Single == 1 ? get(a, 0, 0, j) : get(b, 0, 0, j);
+        sse::keep(s);
     };
     auto object = [&](uint32_t k) {
         for (uint32_t j = 0; j < 3; ++j)

@@ -12,6 +12,23 @@ inline const __m64* half(const float* p) { return reinterpret_cast<const __m64*>
 inline __m64* half(float* p) { return reinterpret_cast<__m64*>(p); }
 
 inline R zero() { return _mm_setzero_ps(); }
+
+// The commutative operations with their operands in the order written. With a NaN in
+// both operands SSE returns the first one's, and the compiler swaps the operands of
+// an addition or a multiplication freely; an asm keeps `a` first, so every form
+// gives the first operand's NaN (src1's, or the vector's before a constant's),
+// packed and scalar alike, in both builds.
+inline R add(R a, R b) { __asm__("addps %1, %0" : "+x"(a) : "x"(b)); return a; }
+inline R mul(R a, R b) { __asm__("mulps %1, %0" : "+x"(a) : "x"(b)); return a; }
+inline R add1(R a, R b) { __asm__("addss %1, %0" : "+x"(a) : "x"(b)); return a; }
+inline R mul1(R a, R b) { __asm__("mulss %1, %0" : "+x"(a) : "x"(b)); return a; }
+inline float add(float a, float b) { __asm__("addss %1, %0" : "+x"(a) : "x"(b)); return a; }
+inline float mul(float a, float b) { __asm__("mulss %1, %0" : "+x"(a) : "x"(b)); return a; }
+
+// Marks a value as read here: the loads that produce it happen before this point and
+// cannot be sunk behind a later branch (the operand read ahead of the count test).
+template <class V>
+inline void keep(const V& v) { __asm__ volatile("" : : "m"(v)); }
 inline R broadcast(float v) { return _mm_set1_ps(v); }
 
 // Three elements: a 32-bit load of element 0 and a 64-bit load of elements 1, 2.

@@ -21,7 +21,7 @@ template <>
 struct Solve<float> {
     using Acc = float;
     static Acc zero() { return 0.0f; }
-    static Acc add(Acc s, float a, float x) { return s + a * x; }
+    static Acc add(Acc s, float a, float x) { return sse::add(s, sse::mul(a, x)); }
     static void first(float* x, float b, Acc s) { *x = b - s; }
     static void last(float* x, float p) { *x = *x / p; }
     static void back(float* x, Acc s, float p) { *x = (*x - s) / p; }

@@ -8,6 +8,7 @@
 #pragma once
 
 #include "../frame/checks.h"
+#include "../frame/sse.h"
 #include "../frame/x87.h"
 
 namespace vorx {
@@ -59,7 +60,7 @@ struct Arith<float, WideQ> {
         *e = m;
         return 0.0f - m;
     }
-    static void update(float* e, const float* u, Q q) { *e = *u * q + *e; }
+    static void update(float* e, const float* u, Q q) { *e = sse::add(sse::mul(*u, q), *e); }
 };
 
 // 64f: the fixed sizes keep q at register width; the run-time sizes take it from

@@ -27,7 +27,7 @@ struct SumF32 {
     static float start(float* p) { *p = 0.0f; return 0.0f; }
     static void step(float& s, float* p, float x, float y)
     {
-        s = s + x * y;
+        s = sse::add(s, sse::mul(x, y));
         *p = s;
     }
 };
@@ -121,7 +121,7 @@ struct LeftToRight {
     {
         R s = p[0];
 #pragma GCC unroll 6
-        for (int n = 1; n < N; ++n) s = _mm_add_ps(s, p[n]);
+        for (int n = 1; n < N; ++n) s = sse::add(s, p[n]);
         return s;
     }
 };
@@ -164,7 +164,7 @@ struct Held {
             for (uint32_t g = 0; g < G; ++g) {
                 R p[N];
 #pragma GCC unroll 6
-                for (uint32_t n = 0; n < N; ++n) p[n] = _mm_mul_ps(r[n], s2[n][g]);
+                for (uint32_t n = 0; n < N; ++n) p[n] = sse::mul(r[n], s2[n][g]);
                 sum[g] = Order::sum(p);
             }
 #pragma GCC unroll 2
@@ -199,7 +199,10 @@ struct Held {
         b = b.withShape(N, N);
         d = d.withShape(N, N);
         Rows s2;
-        if (SingleSrc2) load(0, b, s2);
+        if (SingleSrc2) {
+            load(0, b, s2);
+            sse::keep(s2);  // a single src2 is read ahead of the count test
+        }
         for (uint32_t k = 0; k < count; ++k) {
             if (!SingleSrc2) load(k, b, s2);
             object(k, a, s2, d);
@@ -279,7 +282,10 @@ struct Family {
             if constexpr (packed) {
                 typename Scheme::Src2 held{};
                 auto before = [&] {
-                    if (!Arr2) held.load(0, b);
+                    if (!Arr2) {
+                        held.load(0, b);
+                        sse::keep(held);
+                    }
                 };
                 auto object = [&](uint32_t k) { Scheme::object(k, a, b, d, held); };
                 return arrayCall(false, 0, count, before, object, a, b, d);

@@ -19,8 +19,8 @@ namespace vorx::mul {
 
 using sse::R;
 
-inline R times(float x, R row) { return _mm_mul_ps(_mm_set1_ps(x), row); }
-inline R plus(R acc, R p) { return _mm_add_ps(acc, p); }
+inline R times(float x, R row) { return sse::mul(_mm_set1_ps(x), row); }
+inline R plus(R acc, R p) { return sse::add(acc, p); }
 
 // Columns 0..3 of row n of op(src2) (of one object k), and the 3-lane row.
 template <bool T, class B>
@@ -131,12 +131,12 @@ struct Packed {
                 auto c4 = [&](uint32_t n) { return col4Late ? *b.at(k, n, 4) : h.c4[n]; };
                 float x = *a.at(k, i, 0);
                 R acc = times(x, h.r[0]);
-                float s4 = x * c4(0);
+                float s4 = sse::mul(x, c4(0));
 #pragma GCC unroll 5
                 for (uint32_t n = 1; n < 5; ++n) {
                     x = *a.at(k, i, n);
                     acc = plus(acc, times(x, h.r[n]));
-                    s4 = s4 + x * c4(n);
+                    s4 = sse::add(s4, sse::mul(x, c4(n)));
                 }
                 sse::store4u(d.at(k, i, 0), acc);
                 *d.at(k, i, 4) = s4;
@@ -161,9 +161,9 @@ struct Packed {
                         v[n + 1] = _mm_shuffle_ps(q, q, _MM_SHUFFLE(1, 1, 0, 0));
                     }
                 }
-                R acc = _mm_mul_ps(v[0], h.t[0]);
+                R acc = sse::mul(v[0], h.t[0]);
 #pragma GCC unroll 6
-                for (uint32_t n = 1; n < 6; ++n) acc = plus(acc, _mm_mul_ps(v[n], h.t[n]));
+                for (uint32_t n = 1; n < 6; ++n) acc = plus(acc, sse::mul(v[n], h.t[n]));
                 // lanes: (r, 4), (r, 5), (r+1, 4), (r+1, 5)
                 sse::store2(d.at(k, r, 4), acc);
                 _mm_storeh_pi(sse::half(d.at(k, r + 1, 4)), acc);
