@@ -68,6 +68,27 @@ class Param:
         self.name, self.ctype, self.role, self.size = name, ctype, role, size
 
 
+class Operand:
+    """What the tests' harness needs to lay an argument out: its role ('o' an
+    operand in a layout, 'i' an index array, 'b' an element buffer, 'r' scalar
+    results, 'v' a value, 'z' a size, 'n' the count), its kind and layout, and its
+    shape as expressions over the size names (and `objects`: count in array calls,
+    else 1). The shape of a matrix operand is the operation's; a transposed kind is
+    stored the other way round."""
+
+    def __init__(self, name, role, kind="", layout="", rows="1", cols="1", out=False):
+        self.name, self.role, self.kind, self.layout = name, role, kind, layout
+        self.rows, self.cols, self.out = rows, cols, out
+
+
+def _shape(bracket, default):
+    """'[a,b]' -> (a, b); '[n]' -> ('1', n); none -> default."""
+    if not bracket:
+        return default
+    parts = bracket.strip("[]").split(",")
+    return ("1", parts[0]) if len(parts) == 1 else (parts[0], parts[1])
+
+
 class Function:
     """One exported name: its parameters and how its wrapper calls the body."""
 
@@ -81,8 +102,8 @@ class Function:
         own = "" if self.prefix == PREFIX else self.prefix
         self.label = own + self.family
         self.tag = "%s_%s" % (self.label, code)
-        self.operands = split_codes(code)
-        self.array = any(k in ARRAY_KINDS for k in self.operands)
+        self.codes = split_codes(code)
+        self.array = any(k in ARRAY_KINDS for k in self.codes)
         parts = [self.prefix + self.family, code, tname]
         if size:
             parts.append(size)
@@ -92,11 +113,12 @@ class Function:
         self.n = int(size[0]) if size else 0
         self.params = []   # Param list of the prototype
         self.call = []     # C++ expressions of the body call
+        self.operands = []  # Operand list for the tests' harness
         self._expand()
 
     def _operand_kind(self, kind):
         if kind.startswith("@"):
-            return self.operands[int(kind[1:]) - 1]
+            return self.codes[int(kind[1:]) - 1]
         if kind.startswith("*"):
             base = kind[1:]
             return base + "a" if self.array else base
@@ -104,11 +126,17 @@ class Function:
 
     def _expand(self):
         T = TYPES[self.tname]
-        for tok in self.row["args"].split():
+        toks = self.row["args"].split()
+        sizes = [t[1:] for t in toks if t.startswith("#")]
+        square = [n for n in sizes if n in ("size", "widthHeight")]
+        vlen = "len" if "len" in sizes else (square[0] if square else "len")
+        mshape = (square[0], square[0]) if square else ("^height", "width")
+        for tok in toks:
             if tok == "count?":
                 if self.array:
                     self.params.append(Param("count", "uint32_t", "count"))
                     self.call.append("count")
+                    self.operands.append(Operand("count", "n"))
                 continue
             if tok.startswith("#"):
                 name = tok[1:]
@@ -117,15 +145,21 @@ class Function:
                 else:
                     self.params.append(Param(name, "uint32_t", "size", size=True))
                     self.call.append(name)
+                self.operands.append(Operand(name, "z"))
                 continue
+            bracket = None
+            if "[" in tok:
+                tok, bracket = tok[:tok.index("[")], tok[tok.index("["):]
             name, kind = tok.split(":")
             if kind == "val":
                 self.params.append(Param(name, T, "value"))
                 self.call.append(name)
+                self.operands.append(Operand(name, "v"))
                 continue
             if kind == "res":
                 self.params.append(Param(name, T + "*", "ptr"))
                 self.call.append(name)
+                self.operands.append(Operand(name, "r", cols="objects", out=True))
                 continue
             plain = {"u32p": "uint32_t*", "cu32p": "const uint32_t*", "Tp": T + "*",
                      "cTp": "const " + T + "*", "i32": "int32_t", "u32": "uint32_t"}
@@ -133,6 +167,11 @@ class Function:
                 role = "ptr" if plain[kind].endswith("*") else "int"
                 self.params.append(Param(name, plain[kind], role))
                 self.call.append(name)
+                if role == "ptr":
+                    index = kind.endswith("u32p")
+                    rows, cols = _shape(bracket, ("1", "objects*" + vlen))
+                    self.operands.append(Operand(name, "i" if index else "b", rows=rows, cols=cols,
+                                                 out=not plain[kind].startswith("const")))
                 continue
             layout = self.layout
             if "/" in kind:
@@ -151,6 +190,9 @@ class Function:
                     self.params.append(Param(name + WORD_NAMES[w], "int32_t", "int"))
                 args.append(self.params[-1].name)
             self.call.append("make<K::%s, Lay::%s>(%s)" % (k, LAYOUT_ENUM[layout], ", ".join(args)))
+            vector = k in ("v", "va")
+            rows, cols = _shape(bracket, ("1", vlen) if vector else mshape)
+            self.operands.append(Operand(name, "o", k, layout, rows, cols, out=name == "dst"))
 
     @property
     def group(self):
@@ -313,11 +355,23 @@ def adapters(funcs):
     for name in fields:
         out.append('    if (n == "%s") return &a.%s;\n' % (name, name))
     out.append("    return nullptr;\n}\n")
+    out.append(OPERAND_SPEC)
+    specs = OrderedDict()
+    for f in funcs:
+        key = tuple((o.name, o.role, o.kind, o.layout, o.rows, o.cols, o.out) for o in f.operands)
+        specs.setdefault(key, len(specs))
     out.append("\nstruct CatalogueEntry {\n    const char* name;\n    const char* family;\n"
                "    const char* code;\n    const char* type;\n    unsigned size;\n"
-               "    const char* layout;\n    vorxStatus (*call)(const ArgPack&);\n};\n\n")
+               "    const char* layout;\n    vorxStatus (*call)(const ArgPack&);\n"
+               "    const OperandSpec* operands;\n    unsigned operandCount;\n};\n\n")
     out.append("extern const CatalogueEntry kCatalogue[%d];\n" % len(funcs))
     out.append("#ifdef VORX_CATALOGUE_DEFINITIONS\n")
+    for key, n in specs.items():
+        items = ", ".join('{"%s", \'%s\', "%s", "%s", "%s", "%s", %s}'
+                          % (name, role, kind, LAYOUT_ENUM.get(lay, lay) if role == "o" else "", rows, cols,
+                             "true" if o else "false")
+                          for name, role, kind, lay, rows, cols, o in key)
+        out.append("static const OperandSpec kOperands%d[] = {%s};\n" % (n, items))
     out.append("const CatalogueEntry kCatalogue[%d] = {\n" % len(funcs))
     for f in funcs:
         args = []
@@ -331,10 +385,30 @@ def adapters(funcs):
         call = "%s(%s)" % (f.name, ", ".join(args))
         # A function without a status (the plain kernels) reports success to the table.
         call = call + "; return vorxStatus(vorxStatusOk);" if f.ret == "void" else "return " + call + ";"
-        out.append('    {"%s", "%s", "%s", "%s", %d, "%s",\n     [](const ArgPack& a) { %s }},\n'
-                   % (f.name, f.label, f.code, f.tname, f.n, f.layout, call))
+        key = tuple((o.name, o.role, o.kind, o.layout, o.rows, o.cols, o.out) for o in f.operands)
+        out.append('    {"%s", "%s", "%s", "%s", %d, "%s",\n     [](const ArgPack& a) { %s },\n'
+                   '     kOperands%d, %d},\n'
+                   % (f.name, f.label, f.code, f.tname, f.n, f.layout, call, specs[key], len(key)))
     out.append("};\n#endif\n")
     return "".join(out)
+
+
+OPERAND_SPEC = """
+// One argument of a function as the harness lays it out (see Operand in
+// catalogue/generate.py): role o operand, i index array, b element buffer, r scalar
+// results, v value, z size, n count; layout C S2 P PS2 L LS2 of an operand; shape
+// as expressions over the size names, `^` marking the operation's shape, which a
+// transposed kind stores the other way round.
+struct OperandSpec {
+    const char* name;
+    char role;
+    const char* kind;
+    const char* layout;
+    const char* rows;
+    const char* cols;
+    bool out;
+};
+"""
 
 
 def _write_if_changed(path, text):

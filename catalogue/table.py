@@ -19,6 +19,12 @@ Argument template tokens (space separated, in call order):
                   (element buffers outside the layout scheme), i32, u32
     #NAME         a size (unsigned); absent from fixed-size forms
     count?        the object count, present when any operand is an array
+    [ROWS,COLS]   after an operand or buffer: its shape for the tests' harness, as
+                  expressions over the size names and `objects` (count in array
+                  calls, else 1); `^` marks the operation's shape, which a transposed
+                  kind stores the other way round. Without it a vector has the
+                  length `len` (or the square size), a matrix `^height,width` (or
+                  the square size twice), a buffer `objects` times the length.
 
 Row fields: family, operand codes, sizes ('vector', 'matrix', '3x1', 'square' for
 the fixed matrix sizes alone, 'generic'), template, and `built` once the family is
@@ -34,7 +40,8 @@ kernels) and `ret` the return type `vorxStatus`.
 VEC_SOURCES_2 = "src1:@1 src2:@2 dst:*v #len count?"
 VEC_SOURCE_VALUE = "src:@1 value:val dst:*v #len count?"
 MAT_SOURCES_2 = "src1:@1 src2:@2 dst:*m #width #height count?"
-MAT_PRODUCT = "src1:@1 #src1Width #src1Height src2:@2 #src2Width #src2Height dst:*m count?"
+MAT_PRODUCT = ("src1:@1[^src1Height,src1Width] #src1Width #src1Height "
+               "src2:@2[^src2Height,src2Width] #src2Width #src2Height dst:*m[src1Height,src2Width] count?")
 
 MAT_T2 = ["mm", "mmT", "mTm", "mTmT", "mam", "mamT", "maTm", "maTmT",
           "mama", "mamaT", "maTma", "maTmaT"]
@@ -97,10 +104,11 @@ ROWS = [
          args="src:@1 value:val dst:*m #width #height count?"),
     # Matrix by vector: the sizes stand behind their own operand, as in matrix by matrix.
     dict(family="Mul", codes="mv mTv mva mTva mav maTv mava maTva", sizes="matrix",
-         args="src1:@1 #src1Width #src1Height src2:@2 #src2Len dst:*v count?"),
+         args="src1:@1[^src1Height,src1Width] #src1Width #src1Height src2:@2[src2Len] #src2Len "
+              "dst:*v[src1Height] count?"),
     # Gaxpy names only the vectors' kind; the one matrix is never an array.
     dict(family="Gaxpy", codes="v va", sizes="matrix",
-         args="src1:m src2:@1 src3:@1 dst:*v #width #height count?"),
+         args="src1:m src2:@1[width] src3:@1[height] dst:*v[height] #width #height count?"),
 
     # Matrix functionals: the sizes come before the scalar results.
     dict(family="Trace", codes="m ma", sizes="matrix",
@@ -109,7 +117,7 @@ ROWS = [
          args="src:@1 #width #height dst:res count?"),
     # The sizes of the transpose are those of the source.
     dict(family="Transpose", codes="m ma", sizes="matrix",
-         args="src:@1 #width #height dst:*m count?"),
+         args="src:@1 #width #height dst:*m[width,height] count?"),
 
     # Layout converters, any size only, one unit per element type. Copy names the
     # source's and the destination's layout by one letter each.
@@ -123,16 +131,18 @@ ROWS = [
     dict(family="Extract", codes="va", sizes="generic", layouts=["S2", "PS2", "LS2"],
          args="src:@1 dst:Tp #len count?", unit=lambda f: "vorxextract" + f.tname),
     dict(family="Extract", codes="m mT", sizes="generic", layouts=["S2", "P"],
-         args="src:@1 dst:Tp #width #height count?", unit=lambda f: "vorxextract" + f.tname),
+         args="src:@1 dst:Tp[objects*width*height] #width #height count?",
+         unit=lambda f: "vorxextract" + f.tname),
     dict(family="Extract", codes="ma maT", sizes="generic", layouts=["S2", "PS2", "LS2"],
-         args="src:@1 dst:Tp #width #height count?", unit=lambda f: "vorxextract" + f.tname),
+         args="src:@1 dst:Tp[objects*width*height] #width #height count?",
+         unit=lambda f: "vorxextract" + f.tname),
     dict(family="LoadIdentity", codes="ma", sizes="generic", layouts=["S", "P", "L"],
          args="dst:@1/1 #width #height count?", unit=lambda f: "vorxload"),
 
     # Determinant: the any-size forms eliminate in a caller's scratch buffer, the
     # fixed sizes have closed forms and no buffer.
     dict(family="Det", codes="m ma", sizes="generic",
-         args="src:@1 #size scratch:Tp dst:res count?"),
+         args="src:@1 #size scratch:Tp[size*size+size] dst:res count?"),
     dict(family="Det", codes="m ma", sizes="square", args="src:@1 dst:res count?"),
     # The kernels behind the fixed sizes in layouts none and L: the same lists as
     # the exported forms. Only the List-layout kernel reports (0, or -2 at a null entry).
@@ -143,7 +153,7 @@ ROWS = [
 
     # Inversion: the same split between any size with scratch and fixed sizes without.
     dict(family="Invert", codes="m ma", sizes="generic",
-         args="src:@1 #size scratch:Tp dst:*m count?"),
+         args="src:@1 #size scratch:Tp[size*size+size] dst:*m count?"),
     dict(family="Invert", codes="m ma", sizes="square", args="src:@1 dst:*m count?"),
 
     # Cholesky: the fixed sizes forward to the any-size form, one unit per group.
@@ -156,10 +166,10 @@ ROWS = [
     # QR: a scratch vector of `height` elements stands before dst (before src2 in
     # the back substitution).
     dict(family="QRDecomp", codes="m ma", sizes="matrix",
-         args="src:@1 scratch:Tp dst:*m #width #height count?"),
+         args="src:@1 scratch:Tp[height] dst:*m #width #height count?"),
     dict(family="QRBackSubst", codes="mv mava", sizes="matrix",
-         args="src1:@1 scratch:Tp src2:@2 dst:*v #width #height count?"),
+         args="src1:@1 scratch:Tp[height] src2:@2[height] dst:*v[width] #width #height count?"),
     # One matrix for all right sides, with the unread object stride of the mava list.
     dict(family="QRBackSubst", codes="mva", sizes="matrix",
-         args="src1:mq scratch:Tp src2:@2 dst:*v #width #height count?"),
+         args="src1:mq scratch:Tp[height] src2:@2[height] dst:*v[width] #width #height count?"),
 ]

@@ -5,11 +5,15 @@
 // table-driven test can call every function of a family through one adapter.
 #pragma once
 
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <functional>
+#include <limits>
 #include <random>
 #include <set>
 #include <string>
@@ -80,11 +84,82 @@ struct Options {
     int misalign = -1;   // base address modulo 16; -1: random
     bool tight = false;  // Contiguous rows and objects with no padding at all
     bool zeroObjectStride = false;
+    // Strides and shift in bytes, of any sign, instead of drawn ones.
+    bool explicitStrides = false;
+    int32_t os = 0, rs = 0, es = 0, bs = 0;
+    // Guarded: the memory ends `slack` bytes behind the last byte of any element
+    // (the reads past an operand a function may make), and an inaccessible page
+    // follows; a pointer table ends so too, `tableSlack` entries behind its last,
+    // those entries leading to cells that hold `planted`.
+    bool guardPage = false;
+    uint32_t slack = 0, tableSlack = 0;
+    double planted = 1.0;
 };
+
+// Memory of one operand: a plain buffer, or pages with an inaccessible one behind
+// the last byte. A copy is a plain buffer with the same bytes.
+class Arena {
+public:
+    Arena() = default;
+    Arena(size_t n, bool guardPage);
+    Arena(const Arena& o) : heap_(o.data(), o.data() + o.size()), size_(o.size_) {}
+    Arena& operator=(const Arena& o)
+    {
+        if (this != &o) *this = Arena(o);
+        return *this;
+    }
+    Arena(Arena&& o) noexcept { swap(o); }
+    Arena& operator=(Arena&& o) noexcept
+    {
+        swap(o);
+        return *this;
+    }
+    ~Arena()
+    {
+        if (mapped_) munmap(mapped_, mappedSize_);
+    }
+    // Makes guarded memory unreadable (true) or readable again.
+    void protect(bool off)
+    {
+        if (mapped_) mprotect(mapped_, mappedSize_ - page_, off ? PROT_NONE : PROT_READ | PROT_WRITE);
+    }
+    unsigned char* data() { return mapped_ ? mapped_ + (mappedSize_ - page_ - size_) : heap_.data(); }
+    const unsigned char* data() const { return const_cast<Arena*>(this)->data(); }
+    size_t size() const { return size_; }
+
+private:
+    void swap(Arena& o) noexcept
+    {
+        std::swap(heap_, o.heap_);
+        std::swap(size_, o.size_);
+        std::swap(mapped_, o.mapped_);
+        std::swap(mappedSize_, o.mappedSize_);
+        std::swap(page_, o.page_);
+    }
+    std::vector<unsigned char> heap_;
+    size_t size_ = 0;
+    unsigned char* mapped_ = nullptr;
+    size_t mappedSize_ = 0, page_ = 0;
+};
+
+inline Arena::Arena(size_t n, bool guardPage) : size_(n)
+{
+    if (!guardPage) {
+        heap_.assign(n, 0);
+        return;
+    }
+    page_ = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+    mappedSize_ = (n + page_ - 1) / page_ * page_ + page_;
+    void* m = mmap(nullptr, mappedSize_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (m == MAP_FAILED) std::abort();
+    mapped_ = static_cast<unsigned char*>(m);
+    mprotect(mapped_ + mappedSize_ - page_, page_, PROT_NONE);
+}
 
 // `count` objects of `rows` x `cols` stored elements of T in layout `lay`. A single
 // operand (array false) of a List or Pointer-strided call takes the plain form the
-// call gives it: Contiguous, Strided or Pointer.
+// call gives it: Contiguous, Strided or Pointer. Strides may be negative or zero;
+// elements that share bytes share them in `get` and `set` too.
 // A copy is a snapshot of the values: its pointers and tables still lead to the
 // original's memory, so bind and call through the original only.
 template <class T>
@@ -99,51 +174,93 @@ public:
         if (!array) lay = lay == Lay::L ? Lay::C : lay == Lay::LS2 ? Lay::S2 : lay == Lay::PS2 ? Lay::P : lay;
         lay_ = lay;
         auto pad = [&](int lo, int hi) { return std::uniform_int_distribution<int>(lo, hi)(rng); };
-        strided_ = lay == Lay::S2 || lay == Lay::LS2;
-        es_ = strided_ ? E + pad(0, 5) : E;
-        rs_ = static_cast<int32_t>((cols - 1) * es_ + E) + (o.tight ? 0 : pad(0, 7));
-        int32_t objBytes = static_cast<int32_t>((rows - 1) * rs_) + static_cast<int32_t>((cols - 1) * es_ + E);
-        bs_ = (lay == Lay::P || lay == Lay::PS2 || lay == Lay::L || lay == Lay::LS2) ? pad(-9, 9) : 0;
-        size_t lead = 64 + static_cast<size_t>(o.misalign >= 0 ? o.misalign : pad(0, 15));
-        if (lay == Lay::C || lay == Lay::S2) {
-            os_ = o.zeroObjectStride ? 0 : objBytes + (o.tight ? 0 : pad(0, 9));
-            alloc(lead + static_cast<size_t>(count_) * std::max(os_, objBytes) + 64);
+        const bool strided = lay == Lay::S2 || lay == Lay::LS2;
+        const bool pointer = lay == Lay::P || lay == Lay::PS2;
+        const bool list = lay == Lay::L || lay == Lay::LS2;
+        const uint32_t width = std::max(cols, 1u);
+        if (o.explicitStrides) {
+            es_ = strided ? o.es : E;
+            rs_ = o.rs;
+            bs_ = pointer || list ? o.bs : 0;
+        } else {
+            es_ = strided ? E + pad(0, 5) : E;
+            rs_ = static_cast<int32_t>((width - 1) * es_ + E) + (o.tight ? 0 : pad(0, 7));
+            bs_ = pointer || list ? pad(-9, 9) : 0;
+        }
+        // Offsets of the elements of one object from its origin, and their extent.
+        int64_t lo = 0, hi = 0;
+        for (uint32_t i = 0; i < rows; ++i)
+            for (uint32_t j = 0; j < cols; ++j) {
+                int64_t at = int64_t(i) * rs_ + int64_t(j) * es_;
+                lo = std::min(lo, at);
+                hi = std::max(hi, at + E);
+            }
+        const int64_t objBytes = hi - lo;
+        const int64_t lead = 64 + (o.misalign >= 0 ? o.misalign : pad(0, 15));
+        offsets_.assign(static_cast<size_t>(count_) * rows * cols, 0);
+        std::vector<std::pair<int64_t, int64_t>> planted;  // cell, then pointer slot
+        int64_t end = 0;
+        auto place = [&](uint32_t k, uint32_t i, uint32_t j, int64_t at) {
+            offsets_[(static_cast<size_t>(k) * rows_ + i) * cols_ + j] = static_cast<size_t>(at);
+            end = std::max(end, at + E);
+        };
+        if (!pointer && !list) {
+            if (o.explicitStrides) os_ = array ? o.os : 0;
+            else os_ = o.zeroObjectStride ? 0 : static_cast<int32_t>(objBytes) + (o.tight ? 0 : pad(0, 9));
+            int64_t klo = std::min<int64_t>(0, int64_t(count_ - 1) * os_);
             for (uint32_t k = 0; k < count_; ++k)
                 for (uint32_t i = 0; i < rows; ++i)
                     for (uint32_t j = 0; j < cols; ++j)
-                        place(k, i, j, lead + k * os_ + i * rs_ + j * es_);
-            base_ = mem(lead);
-        } else if (lay == Lay::P || lay == Lay::PS2) {
+                        place(k, i, j, lead - klo - lo + int64_t(k) * os_ + int64_t(i) * rs_ + int64_t(j) * es_);
+            baseAt_ = lead - klo - lo;
+        } else if (pointer) {
             // One entry per element of one object; objects E (Pointer) or os apart.
-            os_ = !array ? 0 : lay == Lay::P ? E : E + pad(0, 6);
-            size_t region = static_cast<size_t>(count_ - 1) * os_ + E + pad(0, 5);
-            std::vector<uint32_t> order(rows * cols);
+            if (o.explicitStrides) os_ = !array ? 0 : lay == Lay::P ? E : o.os;
+            else os_ = !array ? 0 : lay == Lay::P ? E : E + pad(0, 6);
+            int64_t klo = std::min<int64_t>(0, int64_t(count_ - 1) * os_);
+            int64_t region = std::abs(int64_t(count_ - 1) * os_) + E + pad(0, 5);
+            std::vector<uint32_t> order(rows * cols + o.tableSlack);
             for (uint32_t e = 0; e < order.size(); ++e) order[e] = e;
             shuffle(order, rng);
-            alloc(lead + region * order.size() + 64);
-            table_.assign(rows * cols, nullptr);
+            slots_.assign(order.size(), 0);
             for (uint32_t slot = 0; slot < order.size(); ++slot) {
                 uint32_t e = order[slot];
-                size_t at = lead + slot * region;
-                table_[e] = reinterpret_cast<T*>(mem(at) - bs_);
-                for (uint32_t k = 0; k < count_; ++k) place(k, e / cols, e % cols, at + k * os_);
+                int64_t at = lead + slot * region - klo;
+                slots_[e] = at - bs_;
+                for (uint32_t k = 0; k < count_; ++k) {
+                    if (e < rows * cols) place(k, e / cols, e % cols, at + int64_t(k) * os_);
+                    else planted.push_back({at + int64_t(k) * os_, 0}), end = std::max(end, at + int64_t(k) * os_ + E);
+                }
             }
         } else {
             os_ = 0;
-            size_t region = static_cast<size_t>(objBytes) + pad(0, 9);
+            int64_t region = objBytes + pad(0, 9);
             std::vector<uint32_t> order(count_);
             for (uint32_t k = 0; k < count_; ++k) order[k] = k;
             shuffle(order, rng);
-            alloc(lead + region * count_ + 64);
-            table_.assign(count_, nullptr);
+            slots_.assign(count_, 0);
             for (uint32_t slot = 0; slot < count_; ++slot) {
                 uint32_t k = order[slot];
-                size_t at = lead + slot * region;
-                table_[k] = reinterpret_cast<T*>(mem(at) - bs_);
+                int64_t at = lead + slot * region - lo;
+                slots_[k] = at - bs_;
                 for (uint32_t i = 0; i < rows; ++i)
-                    for (uint32_t j = 0; j < cols; ++j) place(k, i, j, at + i * rs_ + j * es_);
+                    for (uint32_t j = 0; j < cols; ++j) place(k, i, j, at + int64_t(i) * rs_ + int64_t(j) * es_);
             }
         }
+        arena_ = Arena(static_cast<size_t>(end + (o.guardPage ? o.slack : std::max(64u, o.slack))), o.guardPage);
+        std::memset(arena_.data(), kGuard, arena_.size());
+        owned_.assign(arena_.size(), false);
+        for (size_t at : offsets_)
+            for (int b = 0; b < E; ++b) owned_[at + b] = true;
+        for (auto& p : planted) {
+            T v = static_cast<T>(o.planted);
+            std::memcpy(arena_.data() + p.first, &v, E);
+        }
+        if (!slots_.empty()) {
+            tableMem_ = Arena(slots_.size() * sizeof(T*), o.guardPage);
+            for (size_t n = 0; n < slots_.size(); ++n) table()[n] = reinterpret_cast<T*>(mem(slots_[n]));
+        }
+        initial_.assign(arena_.data(), arena_.data() + arena_.size());
     }
 
     Lay layout() const { return lay_; }
@@ -154,19 +271,32 @@ public:
     int32_t rowStride() const { return rs_; }
     int32_t elemStride() const { return es_; }
     int32_t byteShift() const { return bs_; }
-    bool usesTable() const { return !table_.empty(); }
-    T** table() { return table_.data(); }
-    T* base() { return reinterpret_cast<T*>(base_); }
-    void* pointer() { return usesTable() ? static_cast<void*>(table_.data()) : static_cast<void*>(base_); }
+    bool usesTable() const { return !slots_.empty(); }
+    void protect(bool off) { arena_.protect(off); }
+    size_t tableSize() const { return slots_.size(); }
+    T** table() { return reinterpret_cast<T**>(tableMem_.data()); }
+    T* base() { return reinterpret_cast<T*>(mem(baseAt_)); }
+    void* pointer() { return usesTable() ? static_cast<void*>(table()) : static_cast<void*>(base()); }
 
     T get(uint32_t k, uint32_t i, uint32_t j) const
     {
         T v;
-        std::memcpy(&v, &arena_[offset(k, i, j)], sizeof v);
+        std::memcpy(&v, arena_.data() + offset(k, i, j), sizeof v);
         return v;
     }
-    void set(uint32_t k, uint32_t i, uint32_t j, T v) { std::memcpy(&arena_[offset(k, i, j)], &v, sizeof v); }
-    T* addr(uint32_t k, uint32_t i, uint32_t j) { return reinterpret_cast<T*>(&arena_[offset(k, i, j)]); }
+    void set(uint32_t k, uint32_t i, uint32_t j, T v) { std::memcpy(arena_.data() + offset(k, i, j), &v, sizeof v); }
+    T* addr(uint32_t k, uint32_t i, uint32_t j) { return reinterpret_cast<T*>(arena_.data() + offset(k, i, j)); }
+    // Where things lie, as offsets into the operand's memory (the same in a copy):
+    // an element, the cell that table entry n leads to with the shift added, and the
+    // T found at an offset, if all its bytes lie in the memory.
+    int64_t offsetOf(uint32_t k, uint32_t i, uint32_t j) const { return static_cast<int64_t>(offset(k, i, j)); }
+    int64_t entryTarget(size_t n) const { return slots_[n] + bs_; }
+    bool peek(int64_t at, T& v) const
+    {
+        if (at < 0 || at + E > static_cast<int64_t>(arena_.size())) return false;
+        std::memcpy(&v, arena_.data() + at, E);
+        return true;
+    }
 
     void fill(const std::function<T(uint32_t, uint32_t, uint32_t)>& f)
     {
@@ -191,16 +321,20 @@ public:
         setInt(a, name + "ByteShift", bs_);
     }
 
+    // The elements of object k, row by row.
+    std::vector<T> object(uint32_t k) const
+    {
+        std::vector<T> out;
+        for (uint32_t i = 0; i < rows_; ++i)
+            for (uint32_t j = 0; j < cols_; ++j) out.push_back(get(k, i, j));
+        return out;
+    }
+
     // All elements, objects then rows then columns, as raw bytes.
     std::vector<unsigned char> bytes() const
     {
         std::vector<unsigned char> out;
-        for (uint32_t k = 0; k < count_; ++k)
-            for (uint32_t i = 0; i < rows_; ++i)
-                for (uint32_t j = 0; j < cols_; ++j) {
-                    size_t o = offset(k, i, j);
-                    out.insert(out.end(), arena_.begin() + o, arena_.begin() + o + E);
-                }
+        for (size_t o : offsets_) out.insert(out.end(), arena_.data() + o, arena_.data() + o + E);
         return out;
     }
 
@@ -208,26 +342,12 @@ public:
     bool guardsIntact() const
     {
         for (size_t n = 0; n < arena_.size(); ++n)
-            if (!owned_[n] && arena_[n] != kGuard) return false;
+            if (!owned_[n] && arena_.data()[n] != initial_[n]) return false;
         return true;
     }
 
 private:
-    void alloc(size_t n)
-    {
-        arena_.assign(n + 16, kGuard);
-        owned_.assign(n + 16, false);
-        // Keep the arena's own start on 16 bytes so `misalign` means what it says.
-        shift_ = (16 - reinterpret_cast<uintptr_t>(arena_.data()) % 16) % 16;
-    }
-    unsigned char* mem(size_t at) { return arena_.data() + shift_ + at; }
-    void place(uint32_t k, uint32_t i, uint32_t j, size_t at)
-    {
-        at += shift_;
-        if (offsets_.empty()) offsets_.assign(static_cast<size_t>(count_) * rows_ * cols_, 0);
-        offsets_[(static_cast<size_t>(k) * rows_ + i) * cols_ + j] = at;
-        for (int b = 0; b < E; ++b) owned_[at + b] = true;
-    }
+    unsigned char* mem(int64_t at) { return arena_.data() + at; }
     size_t offset(uint32_t k, uint32_t i, uint32_t j) const
     {
         return offsets_[(static_cast<size_t>(k) * rows_ + i) * cols_ + j];
@@ -240,14 +360,13 @@ private:
     uint32_t count_, rows_, cols_;
     bool array_;
     Lay lay_;
-    bool strided_ = false;
     int32_t es_ = 0, rs_ = 0, os_ = 0, bs_ = 0;
-    size_t shift_ = 0;
-    std::vector<unsigned char> arena_;
+    int64_t baseAt_ = 0;
+    Arena arena_, tableMem_;
+    std::vector<unsigned char> initial_;
     std::vector<bool> owned_;
     std::vector<size_t> offsets_;
-    std::vector<T*> table_;
-    unsigned char* base_ = nullptr;
+    std::vector<int64_t> slots_;  // table entries as arena offsets (shift taken off)
 };
 
 // Exact x87 arithmetic of the references: operands widened exactly, one rounding
@@ -258,13 +377,67 @@ inline double roundToDouble(long double x)
     return d;
 }
 
+// Single-precision arithmetic of the references, each operation rounded once. With
+// a NaN operand SSE gives the first operand's NaN if it has one, else the second's,
+// quietened; the helpers say so explicitly, so that no compiler's choice of operand
+// order enters the expected bits.
+namespace f32 {
+inline float quiet(float x)
+{
+    uint32_t b;
+    std::memcpy(&b, &x, 4);
+    b |= 0x00400000u;
+    std::memcpy(&x, &b, 4);
+    return x;
+}
+inline uint32_t bitsOf(float x)
+{
+    uint32_t b;
+    std::memcpy(&b, &x, 4);
+    return b;
+}
+// With two NaNs the processor gives the first; the emulator that runs the 32-bit
+// tests on machines without 32-bit support applies the x87 unit's rule to SSE too
+// (a quiet NaN before a signalling one, else the larger significand). The rule is
+// taken from the instruction at run time.
+inline bool firstNaNWins()
+{
+    static const bool first = [] {
+        float a = std::numeric_limits<float>::quiet_NaN(), b = a;
+        uint32_t ba = bitsOf(a) | 0x10, bb = bitsOf(b) | 0x20;
+        std::memcpy(&a, &ba, 4);
+        std::memcpy(&b, &bb, 4);
+        __asm__("addss %1, %0" : "+x"(a) : "x"(b));
+        return bitsOf(a) == ba;
+    }();
+    return first;
+}
+inline float pick(float a, float b, float r)
+{
+    bool na = std::isnan(a), nb = std::isnan(b);
+    if (na && nb && !firstNaNWins()) {
+        bool sa = !(bitsOf(a) & 0x00400000u), sb = !(bitsOf(b) & 0x00400000u);
+        uint32_t fa = bitsOf(a) & 0x007fffffu, fb = bitsOf(b) & 0x007fffffu;
+        bool aLarger = fa > fb || (fa == fb && bitsOf(a) < bitsOf(b));
+        if (sa != sb) return quiet(sa ? b : a);
+        return quiet(aLarger ? a : b);
+    }
+    if (na) return quiet(a);
+    if (nb) return quiet(b);
+    return r;
+}
+inline float add(float a, float b) { volatile float r = a + b; return pick(a, b, r); }
+inline float sub(float a, float b) { volatile float r = a - b; return pick(a, b, r); }
+inline float mul(float a, float b) { volatile float r = a * b; return pick(a, b, r); }
+inline float div(float a, float b) { volatile float r = a / b; return pick(a, b, r); }
+}  // namespace f32
+
 // The reference of one element-wise sum or difference: one operation, one rounding.
 template <class T>
 T addOrSub(bool sub, T a, T b)
 {
     if constexpr (sizeof(T) == 4) {
-        volatile float r = sub ? a - b : a + b;
-        return r;
+        return sub ? f32::sub(a, b) : f32::add(a, b);
     } else {
         long double x = a, y = b;
         return roundToDouble(sub ? x - y : x + y);
