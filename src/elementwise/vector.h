@@ -2,6 +2,7 @@
 // 32f schemes of the fixed sizes and of the run-time Contiguous single vector.
 #pragma once
 
+#include "../frame/stream.h"
 #include "elementwise.h"
 
 namespace vorx {
@@ -107,61 +108,20 @@ vorxStatus scalarVectors3(A a, B b, D d, uint32_t count)
     return arrayCall(false, 3, count, before, object, a, b, d);
 }
 
-// Sources of the run-time Contiguous loop: a vector read aligned or unaligned as
-// chosen once, or a value broadcast once.
-struct Stream {
-    const float* p;
-    bool aligned;
-    float at(uint32_t j) const { return p[j]; }
-    sse::R load(uint32_t j) const { return aligned ? sse::load4a(p + j) : sse::load4u(p + j); }
-    void prefetch(uint32_t j) const { sse::prefetchNta(p + j + 16); }
-    bool overlaps(const float* d, uint32_t len) const { return d < p + len && p < d + len; }
-};
-struct Splat {
-    float v;
-    sse::R r;
-    float at(uint32_t) const { return v; }
-    sse::R load(uint32_t) const { return r; }
-    void prefetch(uint32_t) const {}
-    bool overlaps(const float*, uint32_t) const { return false; }
-};
+// Run-time size, one vector, Contiguous 32f (vv, vc, cv): the fast path of the frame.
+// vv reads src1 unaligned and src2 as its address allows; vc and cv read src so.
+inline stream::Keyed keyed(const Direct<const float>& v) { return {{v.x}}; }
+inline stream::Value keyed(float v) { return stream::Value(v); }
 
-inline Stream stream(const Direct<const float>& v, bool aligned) { return {v.x, aligned}; }
-inline Splat stream(float v, bool) { return {v, sse::broadcast(v)}; }
-inline bool alignedAt(const Direct<const float>& v, uint32_t j) { return sse::aligned16(v.x + j); }
-inline bool alignedAt(float, uint32_t) { return false; }
-
-// Run-time size, one vector, Contiguous 32f (vv, vc, cv): a plain ascending loop for
-// short or overlapping vectors, else a peel to align dst and a packed loop of 8.
 template <class Op, class A, class B>
 vorxStatus dispatchedVector(A a, B b, Direct<float> d, uint32_t len)
 {
     if (anyNull(a, b, d)) return kNull;
     if (len == 0) return kBadSize;
-    float* dp = d.x;
-    auto plain = [&](auto x, auto y, uint32_t from, uint32_t to) {
-        for (uint32_t j = from; j < to; ++j) dp[j] = Op::s(x.at(j), y.at(j));
-    };
-    Stream x0 = stream(a, false);
-    auto y0 = stream(b, false);
-    uintptr_t mis = reinterpret_cast<uintptr_t>(dp) & 15;
-    if (len < 11 || x0.overlaps(dp, len) || y0.overlaps(dp, len) || (mis & 3) != 0) {
-        plain(x0, y0, 0, len);  // overlapping: each element reads what was just written
-        return kOk;
-    }
-    uint32_t j = mis ? static_cast<uint32_t>(16 - mis) / 4 : 0;
-    plain(x0, y0, 0, j);
-    // vv reads src1 unaligned and src2 as its address allows; vc and cv read src so.
-    constexpr bool vv = !__is_same(B, float);
-    Stream x = stream(a, vv ? false : alignedAt(a, j));
-    auto y = stream(b, alignedAt(b, j));
-    for (; len - j >= 8; j += 8) {
-        x.prefetch(j);
-        y.prefetch(j);
-        sse::store4a(dp + j, Op::p(x.load(j), y.load(j)));
-        sse::store4a(dp + j + 4, Op::p(x.load(j + 4), y.load(j + 4)));
-    }
-    plain(x, y, j, len);
+    if constexpr (__is_same(B, float))
+        stream::run<Op>(d.x, len, keyed(a), keyed(b));
+    else
+        stream::run<Op>(d.x, len, stream::Loose{a.x}, keyed(b));
     return kOk;
 }
 

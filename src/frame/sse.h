@@ -2,6 +2,7 @@
 // back. The arithmetic above it never sees a stride. Lane comments list lanes 0..3.
 #pragma once
 
+#include <stdint.h>
 #include <xmmintrin.h>
 
 namespace vorx::sse {
