@@ -437,12 +437,16 @@ std::string verify(const Model& m, Specimen<T>& s, const Null& null, bool record
     if (!null.op.empty())
         where += " null " + null.op + (null.entry ? "[" + std::to_string(null.index) + "]" : "");
     if (!s.aliasDst.empty()) where += " dst on " + s.aliasDst;
-    if (got != want) return where + ": status " + std::to_string(got) + ", expected " + std::to_string(want);
+    // Under valgrind the x87 unit runs at double width: only memory is checked there.
+    static const bool memcheck = std::getenv("VORX_MEMCHECK") != nullptr;
+    const bool values = !(memcheck && m.extendedPrecision(e));
+    if (got != want && values)
+        return where + ": status " + std::to_string(got) + ", expected " + std::to_string(want);
     for (size_t n = 0; n < s.args.size(); ++n) {
         Arg<T>& a = s.args[n];
         const std::string name = a.spec->name;
         if (a.index) {
-            if (a.index->bytes() != out.args[n].index->bytes()) return where + ": " + name + " differs";
+            if (values && a.index->bytes() != out.args[n].index->bytes()) return where + ": " + name + " differs";
             if (!a.index->guardsIntact()) return where + ": wrote outside " + name;
             continue;
         }
@@ -450,7 +454,7 @@ std::string verify(const Model& m, Specimen<T>& s, const Null& null, bool record
         if (!a.elems->guardsIntact()) return where + ": wrote outside " + name;
         bool asDst = name == "dst" && !s.aliasDst.empty();
         bool aliased = name == s.aliasDst;
-        if (aliased) continue;  // holds dst's results, compared below
+        if (aliased || (a.spec->out && !values)) continue;  // aliased: holds dst's results
         const Laid<T>& actual = asDst ? s.op(s.aliasDst) : *a.elems;
         const Laid<T>& expect = *out.args[n].elems;
         const auto& open = out.open[name];

@@ -94,6 +94,8 @@ enum class EntryRule {
     Untested,   // followed as an address: never made null by the harness
 };
 
+bool isF32(const CatalogueEntry& e);
+
 class Model {
 public:
     virtual ~Model() = default;
@@ -108,6 +110,9 @@ public:
     // A single-object Pointer call that meets null entry `entry` of `op`: how many
     // result elements (row-major) stand written before it, if the family says.
     virtual bool writtenBefore(const CatalogueEntry&, const OperandSpec&, uint32_t, uint32_t&) const { return false; }
+    // Whether results depend on the x87 unit's extended format (not compared under
+    // valgrind, which runs that unit at double width).
+    virtual bool extendedPrecision(const CatalogueEntry& e) const { return !isF32(e); }
     // Whether a null top-level pointer is refused (-8) rather than followed.
     virtual bool nullChecked(const CatalogueEntry&, const OperandSpec&) const { return true; }
     // Operands whose storage dst may share (same layout and strides).
