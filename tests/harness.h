@@ -108,6 +108,14 @@ public:
     // A single-object Pointer call that meets null entry `entry` of `op`: how many
     // result elements (row-major) stand written before it, if the family says.
     virtual bool writtenBefore(const CatalogueEntry&, const OperandSpec&, uint32_t, uint32_t&) const { return false; }
+    // A List-layout array call of `count` objects that meets null list entry `entry`:
+    // how many objects stand written before it (all before it, but where entries are
+    // tested a block of objects at a time).
+    virtual uint32_t objectsBeforeNullEntry(const CatalogueEntry&, const OperandSpec&, uint32_t entry, uint32_t) const { return entry; }
+    // Whether the results are the same on every machine. They are not where a path
+    // takes an estimate instruction (rsqrtps, rcpps), which the emulator computes
+    // exactly: such results stay out of the digest the two builds compare.
+    virtual bool sameOnEveryMachine(const CatalogueEntry&) const { return true; }
     // Whether a null top-level pointer is refused (-8) rather than followed.
     virtual bool nullChecked(const CatalogueEntry&, const OperandSpec&) const { return true; }
     // Operands whose storage dst may share (same layout and strides).
