@@ -8,17 +8,6 @@
 
 namespace vorx::copy {
 
-template <class S, class D>
-void objects(const S& s, const D& d, uint32_t w, uint32_t h, uint32_t count)
-{
-    for (uint32_t k = 0; k < count; ++k)
-        for (uint32_t i = 0; i < h; ++i) {
-            auto from = shape::rowOf(s, k, i);
-            auto to = shape::rowOf(d, k, i);
-            for (uint32_t j = 0; j < w; ++j) shape::move(to.next(), from.next());
-        }
-}
-
 template <class T, int N, Lay L>
 struct Vectors {
     template <class S, class D>
@@ -26,7 +15,7 @@ struct Vectors {
     {
         if (anyNull(s, d)) return kNull;
         if (len == 0) return kBadSize;
-        objects(s, d, len, 1, count);
+        shape::moveObjects(s, d, len, 1, count);
         return kOk;
     }
 
@@ -39,7 +28,7 @@ struct Vectors {
         if (anyNull(s, d)) return kNull;
         if (len == 0) return kBadSize;
         ElemTable<const U> through{d.x, s.bs, s.os, 0};
-        objects(through, d, len, 1, count);
+        shape::moveObjects(through, d, len, 1, count);
         return kOk;
     }
 };
@@ -50,7 +39,7 @@ struct Matrices {
     static vorxStatus run(S s, D d, uint32_t w, uint32_t h, uint32_t count)
     {
         if (anyNull(s, d)) return kNull;
-        objects(s.withShape(h, w), d.withShape(h, w), w, h, count);
+        shape::moveObjects(s.withShape(h, w), d.withShape(h, w), w, h, count);
         return kOk;
     }
 };

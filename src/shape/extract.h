@@ -16,16 +16,13 @@
 
 namespace vorx::extract {
 
-// Objects 0..count-1 of h x w, through the operation's view.
+// Objects 0..count-1 of h x w, through the operation's view, into the dense buffer.
 template <class S, class T>
 void dense(const S& s, T* d, uint32_t w, uint32_t h, uint32_t count)
 {
-    for (uint32_t k = 0; k < count; ++k)
-        for (uint32_t i = 0; i < h; ++i) {
-            auto from = shape::rowOf(s, k, i);
-            T* to = d + (k * h + i) * w;
-            for (uint32_t j = 0; j < w; ++j) shape::move(to + j, from.next());
-        }
+    constexpr int32_t E = sizeof(T);
+    const Direct<T> to{d, static_cast<int32_t>(w * h) * E, static_cast<int32_t>(w) * E, E};
+    shape::moveObjects(s, to, w, h, count);
 }
 
 template <class T, int N, Lay L>

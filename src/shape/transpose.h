@@ -21,18 +21,21 @@ void shapePointers(S& s, D& d, uint32_t w, uint32_t h)
     d = d.withShape(w, w);
 }
 
-// One object, source row by source row. `Entries`: the single-matrix Pointer form
-// tests each element's dst entry and then its src entry just before the element
-// moves; a null stops it with the elements before it moved.
+// One object, source row by source row: a move into dst read transposed.
+// `Entries`: the single-matrix Pointer form tests each element's dst entry and then
+// its src entry just before the element moves; a null stops it with the elements
+// before it moved.
 template <bool Entries, class S, class D>
-bool object(const S& s, const D& d, uint32_t k, uint32_t w, uint32_t h)
+[[gnu::always_inline]] inline bool object(const S& s, const D& d, uint32_t k, uint32_t w, uint32_t h)
 {
-    for (uint32_t i = 0; i < h; ++i) {
-        auto from = shape::rowOf(s, k, i);
-        for (uint32_t j = 0; j < w; ++j) {
-            if (Entries && !(readOk(d, j, i) && readOk(s, i, j))) return false;
-            shape::move(d.at(k, j, i), from.next());
-        }
+    if constexpr (Entries) {
+        for (uint32_t i = 0; i < h; ++i)
+            for (uint32_t j = 0; j < w; ++j) {
+                if (!(readOk(d, j, i) && readOk(s, i, j))) return false;
+                shape::move(d.at(k, j, i), s.at(k, i, j));
+            }
+    } else {
+        shape::moveObject(s, Tr<D>{d}, k, w, h);
     }
     return true;
 }
