@@ -8,6 +8,7 @@
 // takes the x87 root, rounded once by the store.
 #pragma once
 
+#include "../frame/tag.h"
 #include "../frame/x87.h"
 #include "frobpacked.h"
 
@@ -85,14 +86,9 @@ struct Impl {
     }
 };
 
-struct Family {
-    template <class T, int N, Lay L>
-    using Impl = frob::Impl<T, N, L>;
-};
-
 }  // namespace vorx::frob
 
 namespace vorx::tag {
-struct FrobNorm_m : frob::Family {};
-struct FrobNorm_ma : frob::Family {};
+struct FrobNorm_m : By<frob::Impl> {};
+struct FrobNorm_ma : By<frob::Impl> {};
 }  // namespace vorx::tag

@@ -36,21 +36,17 @@ inline R horizontal(R v)
 }
 
 // y the estimate of 1/sqrt(x); p = x*(y*y), q = 3 - p, r = 0.5*q, u = y*r, x*u.
-inline R newton1(R x)
+// In lane 0 alone (one object) or in all four lanes (a block).
+template <bool Four>
+inline R newton(R x)
 {
-    R y = _mm_rsqrt_ss(x);
-    R p = sse::mul1(x, sse::mul1(y, y));
-    R q = _mm_sub_ss(_mm_set_ss(3.0f), p);
-    R r = sse::mul1(_mm_set_ss(0.5f), q);
-    return sse::mul1(x, sse::mul1(y, r));
-}
-inline R newton4(R x)
-{
-    R y = _mm_rsqrt_ps(x);
-    R p = sse::mul(x, sse::mul(y, y));
-    R q = _mm_sub_ps(_mm_set1_ps(3.0f), p);
-    R r = sse::mul(_mm_set1_ps(0.5f), q);
-    return sse::mul(x, sse::mul(y, r));
+    auto mul = [](R a, R b) { return Four ? sse::mul(a, b) : sse::mul1(a, b); };
+    R y = Four ? _mm_rsqrt_ps(x) : _mm_rsqrt_ss(x);
+    R p = mul(x, mul(y, y));
+    R three = _mm_set1_ps(3.0f);
+    R q = Four ? _mm_sub_ps(three, p) : _mm_sub_ss(three, p);
+    R r = mul(_mm_set1_ps(0.5f), q);
+    return mul(x, mul(y, r));
 }
 
 // The sum of squares of one object from its row addresses, in lane 0. `A`: the rows
@@ -158,7 +154,7 @@ struct Packed {
         } else {
             x = tree<N>(r);
         }
-        sse::store1(d, newton1(x));
+        sse::store1(d, newton<false>(x));
     }
 
     template <bool A, class V>
@@ -167,7 +163,7 @@ struct Packed {
         const float* r[4 * N];
 #pragma GCC unroll 4
         for (uint32_t o = 0; o < 4; ++o) rows(v, k + o, r + N * o);
-        R x = newton4(block<N, A>(r));
+        R x = newton<true>(block<N, A>(r));
         if (A) sse::store4a(d + k, x);
         else sse::store4u(d + k, x);
     }
@@ -194,7 +190,7 @@ struct Packed {
             } else {
                 const float* r[N];
                 rows(v, k, r);
-                sse::store1(d + k, newton1(tree<N, A>(r)));
+                sse::store1(d + k, newton<false>(tree<N, A>(r)));
             }
         }
         return kOk;

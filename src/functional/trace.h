@@ -14,6 +14,7 @@
 
 #include "../frame/checks.h"
 #include "../frame/sse.h"
+#include "../frame/tag.h"
 #include "../frame/x87.h"
 
 namespace vorx::trace {
@@ -90,14 +91,9 @@ struct Impl {
     }
 };
 
-struct Family {
-    template <class T, int N, Lay L>
-    using Impl = trace::Impl<T, N, L>;
-};
-
 }  // namespace vorx::trace
 
 namespace vorx::tag {
-struct Trace_m : trace::Family {};
-struct Trace_ma : trace::Family {};
+struct Trace_m : By<trace::Impl> {};
+struct Trace_ma : By<trace::Impl> {};
 }  // namespace vorx::tag

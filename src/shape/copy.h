@@ -47,12 +47,6 @@ struct Matrices {
 }  // namespace vorx::copy
 
 namespace vorx::tag {
-struct Copy_va {
-    template <class T, int N, Lay L>
-    using Impl = copy::Vectors<T, N, L>;
-};
-struct Copy_ma {
-    template <class T, int N, Lay L>
-    using Impl = copy::Matrices<T, N, L>;
-};
+struct Copy_va : By<copy::Vectors> {};
+struct Copy_ma : By<copy::Matrices> {};
 }  // namespace vorx::tag

@@ -100,22 +100,10 @@ struct Matrices {
 }  // namespace vorx::extract
 
 namespace vorx::tag {
-struct Extract_v {
-    template <class T, int N, Lay L>
-    using Impl = extract::Vector<T, N, L>;
-};
-struct Extract_va {
-    template <class T, int N, Lay L>
-    using Impl = extract::Vectors<T, N, L>;
-};
-struct Extract_m {
-    template <class T, int N, Lay L>
-    using Impl = extract::Matrix<T, N, L>;
-};
-struct Extract_mT : Extract_m {};
-struct Extract_ma {
-    template <class T, int N, Lay L>
-    using Impl = extract::Matrices<T, N, L>;
-};
-struct Extract_maT : Extract_ma {};
+struct Extract_v : By<extract::Vector> {};
+struct Extract_va : By<extract::Vectors> {};
+struct Extract_m : By<extract::Matrix> {};
+struct Extract_mT : By<extract::Matrix> {};
+struct Extract_ma : By<extract::Matrices> {};
+struct Extract_maT : By<extract::Matrices> {};
 }  // namespace vorx::tag

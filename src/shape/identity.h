@@ -78,8 +78,5 @@ struct Impl {
 }  // namespace vorx::identity
 
 namespace vorx::tag {
-struct LoadIdentity_ma {
-    template <class T, int N, Lay L>
-    using Impl = identity::Impl<T, N, L>;
-};
+struct LoadIdentity_ma : By<identity::Impl> {};
 }  // namespace vorx::tag

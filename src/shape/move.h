@@ -9,6 +9,7 @@
 #include <type_traits>
 
 #include "../frame/checks.h"
+#include "../frame/tag.h"
 
 namespace vorx::shape {
 

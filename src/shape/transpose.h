@@ -76,14 +76,9 @@ struct Impl {
     }
 };
 
-struct Family {
-    template <class T, int N, Lay L>
-    using Impl = transpose::Impl<T, N, L>;
-};
-
 }  // namespace vorx::transpose
 
 namespace vorx::tag {
-struct Transpose_m : transpose::Family {};
-struct Transpose_ma : transpose::Family {};
+struct Transpose_m : By<transpose::Impl> {};
+struct Transpose_ma : By<transpose::Impl> {};
 }  // namespace vorx::tag

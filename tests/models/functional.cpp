@@ -6,19 +6,12 @@
 
 #include <array>
 
-#include "harness.h"
+#include "models/shape.h"
 
 namespace vt {
 namespace {
 
-bool is(const CatalogueEntry& e, std::string_view family) { return family == e.family; }
-bool pointer(const CatalogueEntry& e) { return e.layout[0] == 'P'; }
-// The 32f fixed sizes whose rows lie E bytes apart: Contiguous and List layout.
-bool fixedAdjacent32(const CatalogueEntry& e)
-{
-    std::string_view l = e.layout;
-    return isF32(e) && e.size && (l == "" || l == "L");
-}
+using namespace shape;
 // Packed norms of 3x3 and 4x4 arrays go four objects at a time.
 bool blocks(const CatalogueEntry& e) { return fixedAdjacent32(e) && isArrayCall(e) && e.size <= 4; }
 

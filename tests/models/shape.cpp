@@ -2,18 +2,12 @@
 // move values: a 32f element keeps its bits, a 64f one goes through an x87 load and
 // store, which quietens a signalling NaN. Where a form indexes a table its own way,
 // the model follows the entry, not the operand's element order.
-#include "harness.h"
+#include "models/shape.h"
 
 namespace vt {
 namespace {
 
-bool is(const CatalogueEntry& e, std::string_view family) { return family == e.family; }
-bool pointer(const CatalogueEntry& e) { return e.layout[0] == 'P'; }
-bool fixedAdjacent32(const CatalogueEntry& e)
-{
-    std::string_view l = e.layout;
-    return isF32(e) && e.size && (l == "" || l == "L");
-}
+using namespace shape;
 
 template <class T>
 T moved(T v)
