@@ -61,7 +61,7 @@ struct Impl {
         if (anyNull(s) || !d) return kNull;
         if (N == 0 && (w == 0 || h == 0)) return kBadSize;
         if constexpr (packed) {
-            Packed<N>::one(s, 0, d);
+            Packed<N>::single(s, d);
             return kOk;
         } else {
             s = s.withShape(h, w);

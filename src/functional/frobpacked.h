@@ -126,46 +126,44 @@ template <int N, bool A>
     }
 }
 
-// Whether object k's rows (row 0 and the row stride) and `more` lie on 16 bytes.
-template <class V>
-inline bool aligned(const V& v, uint32_t k, uintptr_t more)
-{
-    return ((reinterpret_cast<uintptr_t>(v.row(k, 0)) | static_cast<uint32_t>(v.rs) | more) & 15) == 0;
-}
+inline bool aligned16(uintptr_t bits) { return (bits & 15) == 0; }
+inline uintptr_t bits(const void* p) { return reinterpret_cast<uintptr_t>(p); }
 
+// Objects are reached by their first row and the offsets of their rows (and of the
+// rows of the next three objects, for the blocks), computed once per call.
 template <int N>
 struct Packed {
-    template <class V>
-    static void rows(const V& v, uint32_t k, const float** r)
+    static void rows(const float* p, const intptr_t* off, const float** r, int n = N)
     {
-#pragma GCC unroll 6
-        for (uint32_t i = 0; i < N; ++i) r[i] = v.row(k, i);
+#pragma GCC unroll 24
+        for (int i = 0; i < n; ++i) r[i] = byteAt(p, off[i]);
     }
 
-    // One object into *d. 5x5 and 6x6 test (row 0 | row stride) for aligned loads.
-    template <class V>
-    [[gnu::always_inline]] static void one(const V& v, uint32_t k, float* d)
+    // One object into *d; `A`: 5x5 and 6x6 load aligned rows.
+    template <bool A>
+    [[gnu::always_inline]] static void one(const float* const* r, float* d)
     {
-        const float* r[N];
-        rows(v, k, r);
-        R x;
-        if constexpr (N >= 5) {
-            x = aligned(v, k, 0) ? tree<N, true>(r) : tree<N, false>(r);
-        } else {
-            x = tree<N>(r);
-        }
-        sse::store1(d, newton<false>(x));
+        sse::store1(d, newton<false>(N >= 5 ? tree<N, A>(r) : tree<N>(r)));
     }
-
-    template <bool A, class V>
-    [[gnu::always_inline]] static void four(const V& v, uint32_t k, float* d)
+    // Four objects into d[0..3], one 16-byte store.
+    template <bool A>
+    [[gnu::always_inline]] static void four(const float* const* r, float* d)
     {
-        const float* r[4 * N];
-#pragma GCC unroll 4
-        for (uint32_t o = 0; o < 4; ++o) rows(v, k + o, r + N * o);
         R x = newton<true>(block<N, A>(r));
-        if (A) sse::store4a(d + k, x);
-        else sse::store4u(d + k, x);
+        if (A) sse::store4a(d, x);
+        else sse::store4u(d, x);
+    }
+
+    // One matrix; 5x5 and 6x6 test (src | row stride).
+    template <class T>
+    static void single(const Direct<T>& v, float* d)
+    {
+        intptr_t off[N];
+        for (int i = 0; i < N; ++i) off[i] = step(i, v.rs);
+        const float* r[N];
+        rows(v.x, off, r);
+        if (N >= 5 && aligned16(bits(v.x) | static_cast<uint32_t>(v.rs))) one<true>(r, d);
+        else one<false>(r, d);
     }
 
     // Contiguous arrays: 3x3 and 4x4 in blocks of four while four are left, aligned
@@ -174,24 +172,27 @@ struct Packed {
     template <class T>
     static vorxStatus run(const Direct<T>& v, float* d, uint32_t count)
     {
-        bool a = ((reinterpret_cast<uintptr_t>(v.x) | static_cast<uint32_t>(v.rs) |
-                   static_cast<uint32_t>(v.os) | (N <= 4 ? reinterpret_cast<uintptr_t>(d) : 0)) & 15) == 0;
-        return a ? array<true>(v, d, count) : array<false>(v, d, count);
+        uintptr_t b = bits(v.x) | static_cast<uint32_t>(v.rs) | static_cast<uint32_t>(v.os) | (N <= 4 ? bits(d) : 0);
+        return aligned16(b) ? array<true>(v, d, count) : array<false>(v, d, count);
     }
     template <bool A, class T>
     static vorxStatus array(const Direct<T>& v, float* d, uint32_t count)
     {
+        intptr_t off[4 * N];  // row i of object o from the block's first: o*os + i*rs
+        for (int o = 0; o < 4; ++o)
+            for (int i = 0; i < N; ++i) off[N * o + i] = step(o, v.os) + step(i, v.rs);
+        const float* p = v.x;
         uint32_t k = 0;
         if constexpr (N <= 4)
-            for (; count - k >= 4; k += 4) four<A>(v, k, d);
-        for (; k < count; ++k) {
-            if constexpr (N <= 4) {
-                one(v, k, d + k);
-            } else {
-                const float* r[N];
-                rows(v, k, r);
-                sse::store1(d + k, newton<false>(tree<N, A>(r)));
+            for (; count - k >= 4; k += 4, p = byteAt(p, step(4, v.os))) {
+                const float* r[4 * N];
+                rows(p, off, r, 4 * N);
+                four<A>(r, d + k);
             }
+        for (; k < count; ++k, p = byteAt(p, v.os)) {
+            const float* r[N];
+            rows(p, off, r);
+            one<A>(r, d + k);
         }
         return kOk;
     }
@@ -201,19 +202,31 @@ struct Packed {
     template <class T>
     static vorxStatus run(const ObjTable<T>& v, float* d, uint32_t count)
     {
+        intptr_t off[4 * N];  // row i of any object: i*rs, four times over
+        for (int o = 0; o < 4; ++o)
+            for (int i = 0; i < N; ++i) off[N * o + i] = step(i, v.rs);
+        const uintptr_t rs = static_cast<uint32_t>(v.rs);
         uint32_t k = 0;
         if constexpr (N <= 4)
             for (; count - k >= 4; k += 4) {
                 if (!(v.entry(k) && v.entry(k + 1) && v.entry(k + 2) && v.entry(k + 3))) return kNull;
-                uintptr_t dk = reinterpret_cast<uintptr_t>(d + k);
-                bool a = aligned(v, k, dk) && aligned(v, k + 1, dk) && aligned(v, k + 2, dk) &&
-                         aligned(v, k + 3, dk);
-                if (a) four<true>(v, k, d);
-                else four<false>(v, k, d);
+                const float* r[4 * N];
+                uintptr_t b = rs | bits(d + k);
+                for (int o = 0; o < 4; ++o) {
+                    const float* p = v.row(k + o, 0);
+                    b |= bits(p);
+                    rows(p, off, r + N * o);
+                }
+                if (aligned16(b)) four<true>(r, d + k);
+                else four<false>(r, d + k);
             }
         for (; k < count; ++k) {
             if (!v.entry(k)) return kNull;
-            one(v, k, d + k);
+            const float* r[N];
+            const float* p = v.row(k, 0);
+            rows(p, off, r);
+            if (N >= 5 && aligned16(bits(p) | rs)) one<true>(r, d + k);
+            else one<false>(r, d + k);
         }
         return kOk;
     }
