@@ -107,22 +107,28 @@ template <int N, bool A>
         _MM_TRANSPOSE4_PS(c[0], c[1], c[2], c[3]);  // c[J]: column J's sum, object o in lane o
         return sse::add(sse::add(c[0], c[1]), sse::add(c[2], c[3]));
     } else {
-        R q[3][3];  // q[i][j]: the square of element (i, j), object o in lane o
-#pragma GCC unroll 3
-        for (int i = 0; i < 3; ++i) {
+        // Row by row, the squares of element (i, j) of the four objects in q[j] (object
+        // o in lane o), summed as soon as the tree allows, so that few registers
+        // stay live: (((q00 + q01) + q22) + (q02 + q10)) + ((q11 + q12) + (q20 + q21)).
+        R q[3];
+        auto row = [&](int i) {
             R t0 = loadRowWide<A>(r[i]), t1 = loadRowWide<A>(r[3 + i]);
             R t2 = loadRowWide<A>(r[6 + i]), t3 = loadRowWide<A>(r[9 + i]);
             R lo01 = _mm_unpacklo_ps(t0, t1);  // t0[0], t1[0], t0[1], t1[1]
             R lo23 = _mm_unpacklo_ps(t2, t3);  // t2[0], t3[0], t2[1], t3[1]
             R hi01 = _mm_unpackhi_ps(t0, t1);  // t0[2], t1[2], t0[3], t1[3]
             R hi23 = _mm_unpackhi_ps(t2, t3);  // t2[2], t3[2], t2[3], t3[3]
-            q[i][0] = sq(_mm_movelh_ps(lo01, lo23));  // element (i, 0) of objects 0..3
-            q[i][1] = sq(_mm_movehl_ps(lo23, lo01));  // element (i, 1)
-            q[i][2] = sq(_mm_movelh_ps(hi01, hi23));  // element (i, 2)
-        }
+            q[0] = sq(_mm_movelh_ps(lo01, lo23));  // element (i, 0) of objects 0..3
+            q[1] = sq(_mm_movehl_ps(lo23, lo01));  // element (i, 1)
+            q[2] = sq(_mm_movelh_ps(hi01, hi23));  // element (i, 2)
+        };
         using sse::add;
-        return add(add(add(add(q[0][0], q[0][1]), q[2][2]), add(q[0][2], q[1][0])),
-                   add(add(q[1][1], q[1][2]), add(q[2][0], q[2][1])));
+        row(0);
+        R a = add(q[0], q[1]), q02 = q[2];
+        row(1);
+        R b = add(q02, q[0]), c = add(q[1], q[2]);
+        row(2);
+        return add(add(add(a, q[2]), b), add(c, add(q[0], q[1])));
     }
 }
 
@@ -178,7 +184,10 @@ struct Packed {
     template <bool A, class T>
     static vorxStatus array(const Direct<T>& v, float* d, uint32_t count)
     {
-        intptr_t off[4 * N];  // row i of object o from the block's first: o*os + i*rs
+        // Row i of object o of a block from the block's first row: o*os + i*rs. At 3x3
+        // the addressing modes reach every row from o*os; at 4x4 a table of the
+        // sixteen offsets made once costs less.
+        intptr_t off[4 * N];
         for (int o = 0; o < 4; ++o)
             for (int i = 0; i < N; ++i) off[N * o + i] = step(o, v.os) + step(i, v.rs);
         const float* p = v.x;
@@ -186,7 +195,14 @@ struct Packed {
         if constexpr (N <= 4)
             for (; count - k >= 4; k += 4, p = byteAt(p, step(4, v.os))) {
                 const float* r[4 * N];
-                rows(p, off, r, 4 * N);
+                if constexpr (N == 3) {
+#pragma GCC unroll 4
+                    for (int o = 0; o < 4; ++o)
+#pragma GCC unroll 3
+                        for (int i = 0; i < 3; ++i) r[3 * o + i] = byteAt(p, step(o, v.os) + step(i, v.rs));
+                } else {
+                    rows(p, off, r, 4 * N);
+                }
                 four<A>(r, d + k);
             }
         for (; k < count; ++k, p = byteAt(p, v.os)) {

@@ -31,16 +31,9 @@ inline void storeTile(float* d0, float* d1, R v)
 
 template <int N>
 struct Tiles {
-    template <class S, class D>
-    [[gnu::always_inline]] static void object(const S& s, const D& d, uint32_t k)
+    // Source row i at a[i], dst row j at b[j].
+    [[gnu::always_inline]] static void object(const float* const* a, float* const* b)
     {
-        const float* a[N];
-        float* b[N];
-#pragma GCC unroll 6
-        for (uint32_t i = 0; i < N; ++i) {
-            a[i] = s.row(k, i);
-            b[i] = d.row(k, i);
-        }
         auto tile = [&](uint32_t i, uint32_t j) { return loadTile(a[i] + j, a[i + 1] + j); };
         auto put = [&](uint32_t i, uint32_t j, R v) { storeTile(b[j] + i, b[j + 1] + i, v); };
         auto one = [&](uint32_t i, uint32_t j) { shape::move(b[j] + i, a[i] + j); };
@@ -64,6 +57,31 @@ struct Tiles {
             }
         }
     }
+
+    // Object k of Contiguous or List views: its first rows, and the rows' offsets
+    // from them computed once per call.
+    template <class S, class D>
+    struct Objects {
+        const S& s;
+        const D& d;
+        intptr_t so[N], dso[N];
+        Objects(const S& src, const D& dst) : s(src), d(dst)
+        {
+            for (int i = 0; i < N; ++i) so[i] = step(i, s.rs), dso[i] = step(i, d.rs);
+        }
+        [[gnu::always_inline]] void operator()(uint32_t k) const
+        {
+            const float* p = s.row(k, 0);
+            float* q = d.row(k, 0);
+            const float* a[N];
+            float* b[N];
+#pragma GCC unroll 6
+            for (int i = 0; i < N; ++i) a[i] = byteAt(p, so[i]), b[i] = byteAt(q, dso[i]);
+            object(a, b);
+        }
+    };
+    template <class S, class D>
+    static Objects<S, D> objects(const S& s, const D& d) { return {s, d}; }
 };
 
 }  // namespace vorx::transpose

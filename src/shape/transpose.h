@@ -52,7 +52,7 @@ struct Impl {
         if (anyNull(s, d)) return kNull;
         if (N == 0 && (w == 0 || h == 0)) return kBadSize;
         if constexpr (tiled<T, N, L>) {
-            Tiles<N>::object(s, d, 0);
+            Tiles<N>::objects(s, d)(0);
             return kOk;
         } else {
             shapePointers(s, d, w, h);
@@ -66,7 +66,7 @@ struct Impl {
     static vorxStatus run(S s, uint32_t w, uint32_t h, D d, uint32_t count)
     {
         if constexpr (tiled<T, N, L>) {
-            return arrayCall(false, 0, count, nothing, [&](uint32_t k) { Tiles<N>::object(s, d, k); }, s, d);
+            return arrayCall(false, 0, count, nothing, Tiles<N>::objects(s, d), s, d);
         } else {
             shapePointers(s, d, w, h);
             const uint32_t W = N ? N : w, H = N ? N : h;
