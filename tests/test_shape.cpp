@@ -337,32 +337,39 @@ TEST(LoadIdentity, OddFloorsAndSignedSizes)
 }
 
 // Every mover of both types with signalling NaNs in its source: 64f ones come out
-// quiet with their payloads, 32f ones unchanged.
+// quiet with their payloads, 32f ones unchanged. Elements are written and read as
+// bytes: a float returned by value on i386 passes the x87 unit, which quietens it.
 TEST(Moves, SignallingNaNsComeOutQuietIn64fAndUnchangedIn32f)
 {
     int signalling32 = 0, quiet64 = 0;
-    auto isSignalling = [](auto x) {
-        using T = decltype(x);
-        return std::isnan(x) && !vt::sameBits(x, T(x + 0));
-    };
     for (std::string_view family : {"Transpose", "Copy", "Extract"})
         for (const auto* e : vt::entries(family, [](const CatalogueEntry&) { return true; }))
             withSpecimen(*e, vt::dimsOf(*e, 3, 2), 7, [&](auto& s) {
                 using T = typename std::decay_t<decltype(s)>::Elem;
                 using Bits = std::conditional_t<sizeof(T) == 4, uint32_t, uint64_t>;
-                const Bits snan = sizeof(T) == 4 ? Bits(0x7f800123u) : Bits(0x7ff0000000000123ull);
-                s.op("src").fill([&](uint32_t k, uint32_t i, uint32_t j) {
-                    Bits b = snan + k * 16 + i * 4 + j;
-                    T v;
-                    std::memcpy(&v, &b, sizeof v);
-                    return v;
-                });
+                constexpr Bits exponent = sizeof(T) == 4 ? Bits(0x7f800000u) : Bits(0x7ff0000000000000ull);
+                constexpr Bits quietBit = sizeof(T) == 4 ? Bits(0x00400000u) : Bits(1ull << 51);
+                constexpr Bits mantissa = sizeof(T) == 4 ? Bits(0x007fffffu) : Bits(0x000fffffffffffffull);
+                vt::Laid<T>& src = s.op("src");
+                for (uint32_t k = 0; k < src.count(); ++k)
+                    for (uint32_t i = 0; i < src.rows(); ++i)
+                        for (uint32_t j = 0; j < src.cols(); ++j) {
+                            Bits b = exponent + 0x123 + k * 16 + i * 4 + j;
+                            std::memcpy(src.addr(k, i, j), &b, sizeof b);
+                        }
                 ASSERT_EQ(predicted(s), "") << e->name;
                 if (family == "Copy" && std::string_view(e->code) == "va" && lay(*e) == "PP") return;
-                for (auto x : s.op("dst").object(0)) {
-                    signalling32 += sizeof(T) == 4 && isSignalling(x);
-                    quiet64 += sizeof(T) == 8 && std::isnan(x);
-                    if (sizeof(T) == 8) EXPECT_FALSE(isSignalling(x)) << e->name;
+                auto bytes = s.op("dst").bytes();
+                for (size_t at = 0; at + sizeof(T) <= bytes.size(); at += sizeof(T)) {
+                    Bits b;
+                    std::memcpy(&b, &bytes[at], sizeof b);
+                    if ((b & exponent) != exponent || !(b & mantissa)) continue;  // not a NaN
+                    if (sizeof(T) == 4) {
+                        signalling32 += !(b & quietBit);
+                    } else {
+                        quiet64 += (b & quietBit) != 0;
+                        EXPECT_TRUE(b & quietBit) << e->name;
+                    }
                 }
             });
     EXPECT_GT(signalling32, 500);

@@ -9,8 +9,10 @@ namespace {
 
 using namespace shape;
 
+// Values are carried as bytes, never returned by value: on i386 a float returned by
+// value passes the x87 unit, which would quieten a signalling NaN.
 template <class T>
-T moved(T v)
+void move(T& v)
 {
     if constexpr (sizeof(T) == 8) {
         uint64_t b;
@@ -18,18 +20,20 @@ T moved(T v)
         if ((b & 0x7ff0000000000000ull) == 0x7ff0000000000000ull && (b & 0x000fffffffffffffull)) b |= 1ull << 51;
         std::memcpy(&v, &b, 8);
     }
-    return v;
+}
+template <class T>
+void element(const Laid<T>& l, uint32_t k, uint32_t i, uint32_t j, T& v)
+{
+    l.peek(l.offsetOf(k, i, j), v);
 }
 
 // What table entry n of object k leads to, with the operand's shift: an element,
 // or past the elements a planted cell.
 template <class T>
-T behind(const Laid<T>& l, uint32_t k, uint32_t n)
+void behind(const Laid<T>& l, uint32_t k, uint32_t n, T& v)
 {
-    if (n < l.rows() * l.cols()) return l.get(k, n / l.cols(), n % l.cols());
-    T v{};
-    l.peek(l.entryTarget(n) + int64_t(k) * l.objectStride(), v);
-    return v;
+    if (n < l.rows() * l.cols()) element(l, k, n / l.cols(), n % l.cols(), v);
+    else l.peek(l.entryTarget(n) + int64_t(k) * l.objectStride(), v);
 }
 template <class T>
 void setEntry(Laid<T>& l, uint32_t k, uint32_t n, T v)
@@ -97,10 +101,16 @@ public:
         const uint32_t ps = tablesByOther(e) ? h : w, pd = tablesByOther(e) ? w : h;
         for (uint32_t k = 0; k < in.objects(); ++k)
             for (const auto& group : moves(e, w, h)) {
-                std::vector<T> v;
-                for (auto [i, j] : group) v.push_back(alias ? d.get(k, i, j) : behind(s, k, i * ps + j));
-                for (size_t n = 0; n < group.size(); ++n)
-                    setEntry(d, k, group[n].second * pd + group[n].first, moved(v[n]));
+                std::vector<T> v(group.size());
+                for (size_t n = 0; n < group.size(); ++n) {
+                    auto [i, j] = group[n];
+                    if (alias) element(d, k, i, j, v[n]);
+                    else behind(s, k, i * ps + j, v[n]);
+                }
+                for (size_t n = 0; n < group.size(); ++n) {
+                    move(v[n]);
+                    setEntry(d, k, group[n].second * pd + group[n].first, v[n]);
+                }
             }
         return vorxStatusOk;
     }
@@ -160,10 +170,13 @@ public:
         for (uint32_t k = 0; k < in.objects(); ++k)
             for (uint32_t i = 0; i < h; ++i)
                 for (uint32_t j = 0; j < w; ++j) {
-                    T v = s.get(k, i, j);
+                    T v;
                     if (throughDst(e))
                         d.peek(d.entryTarget(j) - d.byteShift() + s.byteShift() + int64_t(k) * s.objectStride(), v);
-                    d.set(k, i, j, moved(v));
+                    else
+                        element(s, k, i, j, v);
+                    move(v);
+                    d.set(k, i, j, v);
                 }
         return vorxStatusOk;
     }
@@ -196,15 +209,20 @@ public:
             for (uint32_t i = 0; i < h; ++i)
                 for (uint32_t j = 0; j < w; ++j) {
                     uint32_t at = (k * h + i) * w + j;
-                    T v = in.in("src", k, i, j);
+                    T v;
                     if (code == "mT" && lay == "P") {
                         // the stored matrix's entries, unshifted, to the transposed place
                         s.peek(s.entryTarget(i * w + j) - s.byteShift(), v);
                         at = j * h + i;
                     } else if (code == "maT" && lay == "PS2") {
-                        v = behind(s, k, i * w + j);  // entry by entry, untransposed
+                        behind(s, k, i * w + j, v);  // entry by entry, untransposed
+                    } else if (isTransposed(std::string(code))) {
+                        element(s, k, j, i, v);
+                    } else {
+                        element(s, k, i, j, v);
                     }
-                    d.set(0, 0, at, moved(v));
+                    move(v);
+                    d.set(0, 0, at, v);
                 }
         return vorxStatusOk;
     }
