@@ -112,32 +112,36 @@ ROWS = [
 
     # Matrix functionals: the sizes come before the scalar results.
     dict(family="Trace", codes="m ma", sizes="matrix",
-         args="src:@1 #widthHeight dst:res count?"),
+         args="src:@1 #widthHeight dst:res count?", built=True),
     dict(family="FrobNorm", codes="m ma", sizes="matrix",
-         args="src:@1 #width #height dst:res count?"),
-    # The sizes of the transpose are those of the source.
+         args="src:@1 #width #height dst:res count?", built=True),
+    # The sizes of the transpose are those of the source; dst has `width` rows.
     dict(family="Transpose", codes="m ma", sizes="matrix",
-         args="src:@1 #width #height dst:*m[width,height] count?"),
+         args="src:@1 #width #height dst:*m[width,height] count?", built=True),
 
     # Layout converters, any size only, one unit per element type. Copy names the
     # source's and the destination's layout by one letter each.
     dict(family="Copy", codes="va", sizes="generic", layouts=COPY_PAIRS,
-         args="src:@1/1 dst:@1/2 #len count?", unit=lambda f: "vorxcopy" + f.tname),
+         args="src:@1/1 dst:@1/2 #len count?", unit=lambda f: "vorxcopy" + f.tname, built=True),
     dict(family="Copy", codes="ma", sizes="generic", layouts=COPY_PAIRS,
-         args="src:@1/1 dst:@1/2 #width #height count?", unit=lambda f: "vorxcopy" + f.tname),
+         args="src:@1/1 dst:@1/2 #width #height count?", unit=lambda f: "vorxcopy" + f.tname,
+         built=True),
     # Extract gathers into a dense buffer and has no Contiguous form.
     dict(family="Extract", codes="v", sizes="generic", layouts=["S2", "P"],
-         args="src:@1 dst:Tp #len count?", unit=lambda f: "vorxextract" + f.tname),
+         args="src:@1 dst:Tp #len count?", unit=lambda f: "vorxextract" + f.tname, built=True),
     dict(family="Extract", codes="va", sizes="generic", layouts=["S2", "PS2", "LS2"],
-         args="src:@1 dst:Tp #len count?", unit=lambda f: "vorxextract" + f.tname),
+         args="src:@1 dst:Tp #len count?", unit=lambda f: "vorxextract" + f.tname, built=True),
     dict(family="Extract", codes="m mT", sizes="generic", layouts=["S2", "P"],
          args="src:@1 dst:Tp[objects*width*height] #width #height count?",
-         unit=lambda f: "vorxextract" + f.tname),
+         unit=lambda f: "vorxextract" + f.tname, built=True),
     dict(family="Extract", codes="ma maT", sizes="generic", layouts=["S2", "PS2", "LS2"],
          args="src:@1 dst:Tp[objects*width*height] #width #height count?",
-         unit=lambda f: "vorxextract" + f.tname),
+         unit=lambda f: "vorxextract" + f.tname, built=True),
+    # The running diagonal of LoadIdentity puts the 1.0 of object k, row i at column
+    # k*height + i: the rows the harness lays out reach that far.
     dict(family="LoadIdentity", codes="ma", sizes="generic", layouts=["S", "P", "L"],
-         args="dst:@1/1 #width #height count?", unit=lambda f: "vorxload"),
+         args="dst:@1/1[height,width+objects*height] #width #height count?",
+         unit=lambda f: "vorxload", built=True),
 
     # Determinant: the any-size forms eliminate in a caller's scratch buffer, the
     # fixed sizes have closed forms and no buffer.

@@ -399,9 +399,9 @@ std::string verify(const Model& m, Specimen<T>& s, const Null& null, bool record
                 case EntryRule::PerObject:
                     if (null.index < s.d.count) {
                         Specimen<T> upTo = in;
-                        upTo.d.count = null.index;
+                        upTo.d.count = m.objectsBeforeNullEntry(e, spec, null.index, s.d.count);
                         out = in;
-                        vorxStatus before = null.index ? m.predict(upTo, out) : vorxStatusOk;
+                        vorxStatus before = upTo.d.count ? m.predict(upTo, out) : vorxStatusOk;
                         want = before != vorxStatusOk ? before : vorxStatusNullPointer;
                     }
                     break;
@@ -544,9 +544,9 @@ std::string verifyEntry(const CatalogueEntry& e, const Dims& d, const Draw& draw
     // Results of ordinary numbers go into the digest that both builds must share
     // (NaN payloads under the emulator follow its own rule; the stack test runs in
     // one build only).
-    bool record = draw.data != Data::Special && draw.stackOffset == 0;
     const Model* m = modelFor(e);
     if (!m) return std::string(e.name) + ": no model";
+    bool record = draw.data != Data::Special && draw.stackOffset == 0 && m->sameOnEveryMachine(e);
     if (isF32(e)) {
         auto s = Specimen<float>::make(e, d, draw);
         return verify(*m, s, null, record);

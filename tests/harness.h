@@ -113,6 +113,14 @@ public:
     // Whether results depend on the x87 unit's extended format (not compared under
     // valgrind, which runs that unit at double width).
     virtual bool extendedPrecision(const CatalogueEntry& e) const { return !isF32(e); }
+    // A List-layout array call of `count` objects that meets null list entry `entry`:
+    // how many objects stand written before it (all before it, but where entries are
+    // tested a block of objects at a time).
+    virtual uint32_t objectsBeforeNullEntry(const CatalogueEntry&, const OperandSpec&, uint32_t entry, uint32_t) const { return entry; }
+    // Whether the results are the same on every machine. They are not where a path
+    // takes an estimate instruction (rsqrtps, rcpps), which the emulator computes
+    // exactly: such results stay out of the digest the two builds compare.
+    virtual bool sameOnEveryMachine(const CatalogueEntry&) const { return true; }
     // Whether a null top-level pointer is refused (-8) rather than followed.
     virtual bool nullChecked(const CatalogueEntry&, const OperandSpec&) const { return true; }
     // Operands whose storage dst may share (same layout and strides).
