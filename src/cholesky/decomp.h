@@ -36,6 +36,8 @@ struct CholeskyDecomp_ma;
 
 namespace chol {
 
+// The closed forms need every step of the recurrence inlined into one straight line,
+// the lambdas that carry the steps included (which only take the attribute this way).
 #define VORX_CHOL_INLINE __attribute__((always_inline))
 
 // Runs f(0) .. f(n-1) while f returns true. Open: the closed forms, whose n is a
