@@ -190,6 +190,31 @@ TEST(CholeskyDecomp, StridesThatAreNotWholeElements)
         }
 }
 
+// The 64f closed forms carry the current row of L and the newest reciprocal at register
+// width where the row loop reads back the stored doubles: their factors stay within
+// two units in the last place of the loop's (the Pointer function runs the loop at
+// every order), and are not always the same bits.
+TEST(CholeskyDecomp, DoubleClosedFormsAgreeWithTheLoopInTheLastBits)
+{
+    int differ = 0;
+    for (uint32_t n = 3; n <= 6; ++n) {
+        const CatalogueEntry& e = vt::byName("vorxCholeskyDecomp_m_64f_" + std::to_string(n) + "x" + std::to_string(n));
+        for (unsigned seed = 0; seed < 10; ++seed) {
+            vt::Case<double> c(e, vt::dimsOf(e, n, 1), 900 + seed, vt::Data::Dominant);
+            ASSERT_EQ(c.s.call(), vorxStatusOk);
+            std::vector<double> loop = c.before.op("dst").object(0);
+            ASSERT_LT(vt::cholFactor(c.before.op("src").object(0), loop, n, vt::cholRule<double>(vt::Lay::P, n)), 0);
+            for (uint32_t i = 0; i < n; ++i)
+                for (uint32_t j = 0; j <= i; ++j) {
+                    double got = c.s.op("dst").get(0, i, j), want = loop[i * n + j];
+                    EXPECT_LE(std::fabs(got - want), 2 * std::numeric_limits<double>::epsilon() * std::fabs(want)) << e.name;
+                    differ += got != want;
+                }
+        }
+    }
+    EXPECT_GT(differ, 0);
+}
+
 // ---------------------------------------------------------------------------
 // Both families
 

@@ -74,26 +74,35 @@ template <>
 struct Step<float> {
     using Acc = float;
     static Acc load(const float* e) { return *e; }
-    static Acc minus(Acc t, float a, float b) { return t - sse::mul(a, b); }
-    static void scaled(float* e, Acc t, float r) { *e = sse::mul(t, r); }
+    static Acc minus(Acc t, Acc a, Acc b) { return t - sse::mul(a, b); }
+    static Acc scaled(float* e, Acc t, Acc r) { return *e = sse::mul(t, r); }
 };
+
+// Stores x rounded to double and returns it as it was, at register width. The empty
+// asm sends every later read of the element back to memory, to the rounded value.
+inline long double storeRounded(double* e, long double x)
+{
+    *e = static_cast<double>(x);
+    __asm__("" : "+m"(*e));
+    return x;
+}
 
 template <>
 struct Step<double> {
     using Acc = long double;
     static Acc load(const double* e) { return wide(*e); }
-    static Acc minus(Acc t, double a, double b) { return t - wide(a) * wide(b); }
-    static void scaled(double* e, Acc t, double r) { *e = roundToDouble(t * wide(r)); }
+    static Acc minus(Acc t, Acc a, Acc b) { return t - a * b; }
+    static Acc scaled(double* e, Acc t, Acc r) { return storeRounded(e, t * r); }
 };
 
 // 1/√d on the x87 unit: root and quotient at register width, one rounding when stored.
 struct X87Root {
-    static void store(float* e, float d) { *e = roundToFloat(1.0L / __builtin_sqrtl(wide(d))); }
-    static void store(double* e, long double d) { *e = roundToDouble(1.0L / __builtin_sqrtl(d)); }
+    static float store(float* e, float d) { return *e = roundToFloat(1.0L / __builtin_sqrtl(wide(d))); }
+    static long double store(double* e, long double d) { return storeRounded(e, 1.0L / __builtin_sqrtl(d)); }
 };
 // The 32f Pointer bodies: the single-precision root, then a single-precision quotient.
 struct SseRoot {
-    static void store(float* e, float d) { *e = 1.0f / __builtin_sqrtf(d); }
+    static float store(float* e, float d) { return *e = 1.0f / __builtin_sqrtf(d); }
 };
 
 // Element (i, j) of one matrix: at byte offsets (the row loop), at a whole number of
@@ -125,23 +134,43 @@ Bytes<T> gridOf(const Direct<T>& v, uint32_t) { return {v.x, v.rs, v.es}; }
 template <class T>
 Table<T> gridOf(const ElemTable<T>& v, uint32_t n) { return {v.x, v.bs, n}; }
 
-// The recurrence on one matrix of order n. `lenient(i)` names the pivots whose test
-// asks whether zero lies below d, which lets a NaN pass on as if positive; every
-// other pivot must be greater than zero, which a NaN is not.
-template <class T, bool Open, class Root, class S, class D, class Lenient>
+// The recurrence on one matrix of order n: N a closed form of that order, 0 the row
+// loop. `lenient(i)` names the pivots whose test asks whether zero lies below d,
+// which lets a NaN pass on as if positive; every other pivot must be greater than
+// zero, which a NaN is not.
+//
+// The 64f closed forms carry the values just computed on at register width: the
+// elements of the current row of L and the newest reciprocal, where the row loop
+// reads them back as stored doubles (older values are read back so by both). That
+// takes two store-and-reload trips off the path from one pivot to the next, and may
+// change the last bits of a result against the loop's.
+template <class T, int N, class Root, class S, class D, class Lenient>
 [[gnu::always_inline]] inline vorxStatus factor(const S& src, const D& dst, uint32_t n, Lenient lenient)
 {
     using A = Step<T>;
-    bool ok = all<Open>(n, [&](uint32_t i) VORX_CHOL_INLINE {
-        each<Open>(i, [&](uint32_t j) VORX_CHOL_INLINE {
-            typename A::Acc t = A::load(src(i, j));
-            each<Open>(j, [&](uint32_t k) VORX_CHOL_INLINE { t = A::minus(t, *dst(i, k), *dst(j, k)); });
-            A::scaled(dst(i, j), t, *dst(j, j));
+    using Acc = typename A::Acc;
+    constexpr bool open = N != 0, carry = open && sizeof(T) == 8;
+    [[maybe_unused]] Acc row[carry ? N : 1];
+    Acc recip = 0;
+    auto stored = [&](uint32_t r, uint32_t c) VORX_CHOL_INLINE { return A::load(dst(r, c)); };
+    auto mine = [&](uint32_t i, uint32_t k) VORX_CHOL_INLINE -> Acc {
+        if constexpr (carry) return row[k];
+        else return stored(i, k);
+    };
+    bool ok = all<open>(n, [&](uint32_t i) VORX_CHOL_INLINE {
+        each<open>(i, [&](uint32_t j) VORX_CHOL_INLINE {
+            Acc t = A::load(src(i, j));
+            each<open>(j, [&](uint32_t k) VORX_CHOL_INLINE { t = A::minus(t, mine(i, k), stored(j, k)); });
+            Acc v = A::scaled(dst(i, j), t, carry && j + 1 == i ? recip : stored(j, j));
+            if constexpr (carry) row[j] = v;
         });
-        typename A::Acc d = A::load(src(i, i));
-        each<Open>(i, [&](uint32_t k) VORX_CHOL_INLINE { d = A::minus(d, *dst(i, k), *dst(i, k)); });
+        Acc d = A::load(src(i, i));
+        each<open>(i, [&](uint32_t k) VORX_CHOL_INLINE {
+            Acc x = mine(i, k);
+            d = A::minus(d, x, x);
+        });
         if (lenient(i) ? d <= 0 : !(d > 0)) return false;
-        Root::store(dst(i, i), d);
+        recip = Root::store(dst(i, i), d);
         return true;
     });
     return ok ? kOk : kNotPositiveDefinite;
@@ -162,13 +191,11 @@ struct LenientPivots {
     }
 };
 
-// The closed form of order N. In 64f each element of L is read back as the double
-// that was stored, as the row loop reads it, so closed forms and loop agree to the
-// bit wherever they test pivots alike.
+// The closed form of order N.
 template <class T, int N, Lay L>
 [[gnu::always_inline]] inline vorxStatus closed(const Direct<const T>& s, const Direct<T>& d)
 {
-    return factor<T, true, X87Root>(Whole<const T>(s), Whole<T>(d), N, LenientPivots<T, N, L>{});
+    return factor<T, N, X87Root>(Whole<const T>(s), Whole<T>(d), N, LenientPivots<T, N, L>{});
 }
 
 // The three working bodies: one matrix of any order.
@@ -184,7 +211,7 @@ struct DecompOne {
         case 5: return closed<T, 5, L>(s, d);
         case 6: return closed<T, 6, L>(s, d);
         default:
-            return factor<T, false, X87Root>(gridOf(s, n), gridOf(d, n), n, Strict{});
+            return factor<T, 0, X87Root>(gridOf(s, n), gridOf(d, n), n, Strict{});
         }
     }
     [[gnu::always_inline]] static vorxStatus run(ElemTable<const T> s, ElemTable<T> d, uint32_t n)
@@ -192,7 +219,7 @@ struct DecompOne {
         if (anyNull(s, d)) return kNull;
         if (n == 0) return kBadSize;
         using Root = std::conditional_t<sizeof(T) == 4, SseRoot, X87Root>;
-        return factor<T, false, Root>(gridOf(s, n), gridOf(d, n), n, Strict{});
+        return factor<T, 0, Root>(gridOf(s, n), gridOf(d, n), n, Strict{});
     }
 };
 
