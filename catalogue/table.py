@@ -162,10 +162,11 @@ ROWS = [
 
     # Cholesky: the fixed sizes forward to the any-size form, one unit per group.
     dict(family="CholeskyDecomp", codes="m ma", sizes="matrix",
-         args="src:@1 dst:*m #widthHeight count?", unit=lambda f: "vorxcholdecomp_" + f.group),
+         args="src:@1 dst:*m #widthHeight count?", unit=lambda f: "vorxcholdecomp_" + f.group,
+         built=True),
     dict(family="CholeskyBackSubst", codes="mv mva mava", sizes="matrix",
          args="src1:@1 src2:@2 dst:*v #widthHeight count?",
-         unit=lambda f: "vorxcholbacksubst_" + f.group),
+         unit=lambda f: "vorxcholbacksubst_" + f.group, built=True),
 
     # QR: a scratch vector of `height` elements stands before dst (before src2 in
     # the back substitution).

@@ -86,6 +86,7 @@ struct Options {
     bool zeroObjectStride = false;
     // Strides and shift in bytes, of any sign, instead of drawn ones.
     bool explicitStrides = false;
+    bool wholeElements = false;  // a drawn element stride rounded down to whole elements
     int32_t os = 0, rs = 0, es = 0, bs = 0;
     // Guarded: the memory ends `slack` bytes behind the last byte of any element
     // (the reads past an operand a function may make), and an inaccessible page
@@ -184,6 +185,7 @@ public:
             bs_ = pointer || list ? o.bs : 0;
         } else {
             es_ = strided ? E + pad(0, 5) : E;
+            if (o.wholeElements) es_ -= es_ % E;
             rs_ = static_cast<int32_t>((width - 1) * es_ + E) + (o.tight ? 0 : pad(0, 7));
             bs_ = pointer || list ? pad(-9, 9) : 0;
         }
