@@ -146,19 +146,21 @@ ROWS = [
     # Determinant: the any-size forms eliminate in a caller's scratch buffer, the
     # fixed sizes have closed forms and no buffer.
     dict(family="Det", codes="m ma", sizes="generic",
-         args="src:@1 #size scratch:Tp[size*size+size] dst:res count?"),
-    dict(family="Det", codes="m ma", sizes="square", args="src:@1 dst:res count?"),
+         args="src:@1 #size scratch:Tp[size*size+size] dst:res count?", built=True),
+    # The fixed sizes: the order reaches the body (and the tests' shapes) as `size`.
+    dict(family="Det", codes="m ma", sizes="square", args="src:@1 dst:res #size count?", built=True),
     # The kernels behind the fixed sizes in layouts none and L: the same lists as
-    # the exported forms. Only the List-layout kernel reports (0, or -2 at a null entry).
-    dict(family="Det", prefix="a6_", codes="m ma", sizes="square", layouts=[""], ret="void",
-         args="src:@1 dst:res count?", unit=det_kernel_unit),
-    dict(family="Det", prefix="a6_", codes="ma", sizes="square", layouts=["L"], ret="int32_t",
-         args="src:@1 dst:res count?", unit=det_kernel_unit),
+    # the exported forms, and a status like every exported function. Only the
+    # List-layout kernel's is read (0, or -2 at a null entry).
+    dict(family="Det", prefix="a6_", codes="m ma", sizes="square", layouts=[""],
+         args="src:@1 dst:res #size count?", unit=det_kernel_unit, built=True),
+    dict(family="Det", prefix="a6_", codes="ma", sizes="square", layouts=["L"],
+         args="src:@1 dst:res #size count?", unit=det_kernel_unit, built=True),
 
     # Inversion: the same split between any size with scratch and fixed sizes without.
     dict(family="Invert", codes="m ma", sizes="generic",
          args="src:@1 #size scratch:Tp[size*size+size] dst:*m count?"),
-    dict(family="Invert", codes="m ma", sizes="square", args="src:@1 dst:*m count?"),
+    dict(family="Invert", codes="m ma", sizes="square", args="src:@1 dst:*m #size count?"),
 
     # Cholesky: the fixed sizes forward to the any-size form, one unit per group.
     dict(family="CholeskyDecomp", codes="m ma", sizes="matrix",
