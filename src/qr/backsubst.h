@@ -1,0 +1,111 @@
+// Solving A x = b, in the least-squares sense when A is tall, from the factor the
+// decomposition leaves: the stored reflectors applied to a copy of b in scratch in
+// the order of their making, then R solved from the bottom. One factor with one
+// right side (mv), one factor for an array of right sides (mva), or arrays of both
+// paired one to one (mava). Nothing is tested: a zero on the diagonal gives an
+// infinity or a NaN, and status 0.
+#pragma once
+
+#include "qr.h"
+
+namespace vorx {
+namespace qr {
+
+// Object by object. src2 is read only by the copy into scratch, so dst may be
+// src2. A width above the height reads scratch up to `width` elements and means
+// nothing.
+template <class T, int N, class M, class B, class X>
+inline void substitute(const M& m, T* scratch, const B& b, const X& x, uint32_t widthArg, uint32_t heightArg)
+{
+    using A = Arith<T>;
+    using W = typename A::W;
+    const uint32_t width = N ? N : widthArg, height = N ? N : heightArg;
+#pragma GCC unroll 8
+    for (uint32_t i = 0; i < height; ++i) copyBits(&scratch[i], b.at(0, i));
+    const uint32_t steps = reflectors(width, height);
+#pragma GCC unroll 8
+    for (uint32_t k = 0; k < steps; ++k) {
+        // w = v'v again, from the tail in the order the decomposition formed it.
+        W w = 1;
+        W t = A::load(&scratch[k]);
+#pragma GCC unroll 8
+        for (uint32_t i = k + 1; i < height; ++i) {
+            W a = A::load(m.at(i, k));
+            w = A::add(w, A::mul(a, a));
+            t = A::add(t, A::mul(A::load(&scratch[i]), a));
+        }
+        t = A::mul(t, W(-2) / w);
+        A::store(&scratch[k], A::add(A::load(&scratch[k]), t));
+#pragma GCC unroll 8
+        for (uint32_t i = k + 1; i < height; ++i)
+            A::store(&scratch[i], A::add(A::load(&scratch[i]), A::mul(A::load(m.at(i, k)), t)));
+    }
+    // R x = scratch from the bottom: each row's sum built from zero, ascending, and
+    // subtracted once; a true division by every diagonal element. Width 1 ends
+    // after dst[0].
+    const uint32_t z = width - 1;
+    A::store(x.at(0, z), A::load(&scratch[z]) / A::load(m.at(z, z)));
+#pragma GCC unroll 8
+    for (uint32_t q = 1; q < width; ++q) {
+        const uint32_t r = z - q;
+        W u = 0;
+#pragma GCC unroll 8
+        for (uint32_t j = r + 1; j < width; ++j) u = A::add(u, A::mul(A::load(m.at(r, j)), A::load(x.at(0, j))));
+        A::store(x.at(0, r), (A::load(&scratch[r]) - u) / A::load(m.at(r, r)));
+    }
+}
+
+// Table scan of the Pointer layouts: every entry of the factor, then the entries
+// of src2 and dst below `width`, index by index. The src2 entries from `width` to
+// `height` - 1 are read by the copy but never tested.
+template <class M, class B, class X>
+bool tablesOk(const M& m, const B& b, const X& x, uint32_t width, uint32_t height)
+{
+    if (!tableOk(m, width * height)) return false;
+    if constexpr (IsElemTable<B>::value)
+        for (uint32_t n = 0; n < width; ++n)
+            if (!b.entry(n) || !x.entry(n)) return false;
+    return true;
+}
+
+// The whole call; a single right side is the array call with one object and no
+// count. The list entries of an object (src2 and dst, and src1 in mava; the one
+// factor of mva is plain memory) are tested just before it.
+template <class T, int N>
+struct SolveArray {
+    template <class M, class B, class X>
+    [[gnu::flatten]] static vorxStatus run(M m, T* scratch, B b, X x, uint32_t width, uint32_t height,
+                                           uint32_t count)
+    {
+        if (anyNull(m, b, x) || !scratch) return kNull;
+        if (N == 0 && (width == 0 || height == 0)) return kBadSize;
+        m = m.withShape(height, width);
+        b = b.withShape(1, height);
+        x = x.withShape(1, width);
+        if (!qr::tablesOk(m, b, x, width, height)) return kNull;
+        for (uint32_t n = 0; n < count; ++n) {
+            if (!listsOk(n, m, b, x)) return kNull;
+            substitute<T, N>(object(m, n), scratch, object(b, n), object(x, n), width, height);
+        }
+        return kOk;
+    }
+};
+
+template <class T, int N>
+struct SolveOne {
+    template <class M, class B, class X>
+    [[gnu::flatten]] static vorxStatus run(M m, T* scratch, B b, X x, uint32_t width, uint32_t height)
+    {
+        return SolveArray<T, N>::run(m, scratch, b, x, width, height, 1);
+    }
+};
+
+}  // namespace qr
+
+namespace tag {
+struct QRBackSubst_mv : qr::Family<qr::SolveOne> {};
+struct QRBackSubst_mva : qr::Family<qr::SolveArray> {};
+struct QRBackSubst_mava : qr::Family<qr::SolveArray> {};
+}  // namespace tag
+
+}  // namespace vorx

@@ -1,0 +1,88 @@
+// What the QR decomposition and the QR back substitution share: the arithmetic of
+// each element type, and the elements of one object of an operand.
+//
+// A factor holds R on and above the diagonal and, below the diagonal of column k,
+// the tail of the reflector vector v of step k, whose head is an implied 1. Each
+// reflection is H = I + beta v v' with beta = -2 / v'v; beta is not stored, the
+// solve recomputes v'v from the tail in the same order.
+#pragma once
+
+#include "../frame/checks.h"
+#include "../frame/elements.h"
+#include "../frame/sse.h"
+#include "../frame/x87.h"
+
+namespace vorx {
+namespace qr {
+
+// A column whose sum of squares from the diagonal down is below 2^-23 cannot be
+// reflected. The same constant for both types, not scaled to the matrix, compared
+// with the sum itself (a norm below about 3.45e-4 fails, in 64f too).
+constexpr double kThreshold = 0x1p-23;
+
+// 32f: every sum, product, quotient and r and beta in SSE single precision; the
+// threshold test and the root alone go to the x87 unit, the root rounded to single
+// on its way back. Additions and products keep their operands in the order written.
+template <class T>
+struct Arith;
+
+template <>
+struct Arith<float> {
+    using W = float;
+    static float load(const float* p) { return *p; }
+    static void store(float* p, float v) { *p = v; }
+    static float add(float a, float b) { return sse::add(a, b); }
+    static float mul(float a, float b) { return sse::mul(a, b); }
+    // A NaN sum fails: no comparison with a NaN is true.
+    static bool passes(float sum) { return __builtin_fabsl(wide(sum)) >= kThreshold; }
+    static float root(float sum) { return roundToFloat(__builtin_sqrtl(wide(sum))); }
+};
+
+// 64f: on the x87 unit, every intermediate at register width; only what goes to
+// memory (dst, scratch) is rounded to double, and later steps read it back.
+template <>
+struct Arith<double> {
+    using W = long double;
+    static long double load(const double* p) { return wide(*p); }
+    static void store(double* p, long double v) { storeRounded(p, v); }
+    static long double add(long double a, long double b) { return a + b; }
+    static long double mul(long double a, long double b) { return a * b; }
+    static bool passes(long double sum) { return __builtin_fabsl(sum) >= kThreshold; }
+    static long double root(long double sum) { return __builtin_sqrtl(sum); }
+};
+
+// Reflectors of an object of `width` columns and `height` rows: one per column, but
+// none for the last column of a square matrix.
+inline uint32_t reflectors(uint32_t width, uint32_t height) { return width == height ? width - 1 : width; }
+
+// One object of an operand, found once per object: element (i, j) from its first
+// element by the strides, or through its own table entry shifted to the object.
+template <class T>
+struct Strided {
+    T* p;
+    int32_t rs, es;
+    T* at(uint32_t i, uint32_t j) const { return byteAt(p, step(i, rs) + step(j, es)); }
+};
+template <class T>
+struct Entries {
+    T* const* x;
+    intptr_t off;
+    uint32_t pitch;
+    T* at(uint32_t i, uint32_t j) const { return byteAt(x[i * pitch + j], off); }
+};
+template <class T>
+Strided<T> object(const Direct<T>& v, uint32_t n) { return {v.at(n, 0, 0), v.rs, v.es}; }
+template <class T>
+Strided<T> object(const ObjTable<T>& v, uint32_t n) { return {v.at(n, 0, 0), v.rs, v.es}; }
+template <class T>
+Entries<T> object(const ElemTable<T>& v, uint32_t n) { return {v.x, v.bs + step(n, v.os), v.pitch}; }
+
+// Every layout runs the same loops; the tags of the exported names derive from here.
+template <template <class, int> class Run>
+struct Family {
+    template <class T, int N, Lay>
+    struct Impl : Run<T, N> {};
+};
+
+}  // namespace qr
+}  // namespace vorx
