@@ -108,6 +108,9 @@ public:
     // A single-object Pointer call that meets null entry `entry` of `op`: how many
     // result elements (row-major) stand written before it, if the family says.
     virtual bool writtenBefore(const CatalogueEntry&, const OperandSpec&, uint32_t, uint32_t&) const { return false; }
+    // An entry of a table the family scans that it reads without testing: a null
+    // there is followed as an address, so the harness never plants one.
+    virtual bool entryFollowed(const CatalogueEntry&, const OperandSpec&, const Dims&, uint32_t) const { return false; }
     // Whether a null top-level pointer is refused (-8) rather than followed.
     virtual bool nullChecked(const CatalogueEntry&, const OperandSpec&) const { return true; }
     // Operands whose storage dst may share (same layout and strides).
