@@ -25,20 +25,25 @@ inline void substitute(const M& m, T* scratch, const B& b, const X& x, uint32_t 
     const uint32_t steps = reflectors(width, height);
 #pragma GCC unroll 8
     for (uint32_t k = 0; k < steps; ++k) {
-        // w = v'v again, from the tail in the order the decomposition formed it.
+        // w = v'v again, from the tail in the order the decomposition formed it; a
+        // fixed order keeps the tail for the update.
         W w = 1;
         W t = A::load(&scratch[k]);
+        W tail[N ? N : 1];
 #pragma GCC unroll 8
         for (uint32_t i = k + 1; i < height; ++i) {
             W a = A::load(m.at(i, k));
+            if constexpr (N != 0) tail[i] = a;
             w = A::add(w, A::mul(a, a));
             t = A::add(t, A::mul(A::load(&scratch[i]), a));
         }
         t = A::mul(t, W(-2) / w);
         A::store(&scratch[k], A::add(A::load(&scratch[k]), t));
 #pragma GCC unroll 8
-        for (uint32_t i = k + 1; i < height; ++i)
-            A::store(&scratch[i], A::add(A::load(&scratch[i]), A::mul(A::load(m.at(i, k)), t)));
+        for (uint32_t i = k + 1; i < height; ++i) {
+            W a = N != 0 ? tail[i] : A::load(m.at(i, k));
+            A::store(&scratch[i], A::add(A::load(&scratch[i]), A::mul(a, t)));
+        }
     }
     // R x = scratch from the bottom: each row's sum built from zero, ascending, and
     // subtracted once; a true division by every diagonal element. Width 1 ends
@@ -71,7 +76,7 @@ bool tablesOk(const M& m, const B& b, const X& x, uint32_t width, uint32_t heigh
 // The whole call; a single right side is the array call with one object and no
 // count. The list entries of an object (src2 and dst, and src1 in mava; the one
 // factor of mva is plain memory) are tested just before it.
-template <class T, int N>
+template <class T, int N, bool>
 struct SolveArray {
     template <class M, class B, class X>
     [[gnu::flatten]] static vorxStatus run(M m, T* scratch, B b, X x, uint32_t width, uint32_t height,
@@ -91,12 +96,12 @@ struct SolveArray {
     }
 };
 
-template <class T, int N>
+template <class T, int N, bool Adjacent>
 struct SolveOne {
     template <class M, class B, class X>
     [[gnu::flatten]] static vorxStatus run(M m, T* scratch, B b, X x, uint32_t width, uint32_t height)
     {
-        return SolveArray<T, N>::run(m, scratch, b, x, width, height, 1);
+        return SolveArray<T, N, Adjacent>::run(m, scratch, b, x, width, height, 1);
     }
 };
 

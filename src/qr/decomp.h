@@ -8,7 +8,7 @@
 // order as a constant, no closed form.
 #pragma once
 
-#include "qr.h"
+#include "packed.h"
 
 namespace vorx {
 namespace qr {
@@ -37,19 +37,21 @@ inline vorxStatus factorise(const S& src, T* scratch, const D& dst, uint32_t wid
             sum = A::add(sum, A::mul(x, x));
         }
         if (!A::passes(sum)) return kZeroDivide;
-        // The sign rule keeps c from cancelling; zero and NaN take the second branch.
+        // c = a + norm or a - norm by the sign of a, so that it never cancels.
         W norm = A::root(sum);
         W a = A::load(dst.at(k, k));
-        W c = a > 0 ? A::add(a, norm) : a - norm;
-        W r = W(1) / c;
+        W r = W(1) / A::away(a, norm);
         // v = (1, dst[k+1..][k] r); w = v'v from the products as formed (in 64f
         // before their rounding into scratch).
+        Kept<T, N> kept;
+        T* v = kept.at(scratch);
         scratch[k] = T(1);
         W w = 1;
 #pragma GCC unroll 8
         for (uint32_t i = k + 1; i < height; ++i) {
             W p = A::mul(A::load(dst.at(i, k)), r);
             A::store(&scratch[i], p);
+            if constexpr (N != 0) v[i] = scratch[i];
             w = A::add(w, A::mul(p, p));
         }
         W beta = W(-2) / w;
@@ -59,14 +61,15 @@ inline vorxStatus factorise(const S& src, T* scratch, const D& dst, uint32_t wid
         for (uint32_t j = k; j < width; ++j) {
             W t = A::load(dst.at(k, j));
 #pragma GCC unroll 8
-            for (uint32_t i = k + 1; i < height; ++i) t = A::add(t, A::mul(A::load(dst.at(i, j)), A::load(&scratch[i])));
+            for (uint32_t i = k + 1; i < height; ++i) t = A::add(t, A::mul(A::load(dst.at(i, j)), A::load(&v[i])));
             t = A::mul(t, beta);
+            A::store(dst.at(k, j), A::add(A::load(dst.at(k, j)), A::mul(W(1), t)));
 #pragma GCC unroll 8
-            for (uint32_t i = k; i < height; ++i)
-                A::store(dst.at(i, j), A::add(A::load(dst.at(i, j)), A::mul(A::load(&scratch[i]), t)));
+            for (uint32_t i = k + 1; i < height; ++i)
+                A::store(dst.at(i, j), A::add(A::load(dst.at(i, j)), A::mul(A::load(&v[i]), t)));
         }
 #pragma GCC unroll 8
-        for (uint32_t i = k + 1; i < height; ++i) copyBits(dst.at(i, k), &scratch[i]);
+        for (uint32_t i = k + 1; i < height; ++i) copyBits(dst.at(i, k), &v[i]);
     }
     return kOk;
 }
@@ -82,7 +85,7 @@ bool tablesOk(const S& s, const D& d, uint32_t entries)
     return true;
 }
 
-template <class T, int N>
+template <class T, int N, bool Adjacent>
 struct DecompArray {
     template <class S, class D>
     [[gnu::flatten]] static vorxStatus run(S s, T* scratch, D d, uint32_t width, uint32_t height, uint32_t count)
@@ -92,9 +95,29 @@ struct DecompArray {
         s = s.withShape(height, width);
         d = d.withShape(height, width);
         if (!qr::tablesOk(s, d, width * height)) return kNull;
+        constexpr bool inRegisters = sizeof(T) == 4 && N != 0;
+        constexpr uint32_t G = N <= 4 ? 4 : 2;
         for (uint32_t n = 0; n < count; ++n) {
+            if constexpr (inRegisters) {
+                // Objects G at a time while all are listed and all succeed.
+                bool listed = n + G <= count;
+                for (uint32_t g = 0; g < G && listed; ++g) listed = listsOk(n + g, s, d);
+                if (listed) {
+                    decltype(object(s, n)) from[G];
+                    decltype(object(d, n)) to[G];
+                    for (uint32_t g = 0; g < G; ++g) from[g] = object(s, n + g), to[g] = object(d, n + g);
+                    if (packed::factoriseGroup<N, G, Adjacent>(from, scratch, to)) {
+                        n += G - 1;
+                        continue;
+                    }
+                }
+            }
             if (!listsOk(n, s, d)) return kNull;
-            vorxStatus st = factorise<T, N>(object(s, n), scratch, object(d, n), width, height);
+            vorxStatus st;
+            if constexpr (inRegisters)
+                st = packed::factorise<N, Adjacent>(object(s, n), scratch, object(d, n));
+            else
+                st = factorise<T, N>(object(s, n), scratch, object(d, n), width, height);
             if (st != kOk) return st;
         }
         return kOk;
@@ -102,12 +125,12 @@ struct DecompArray {
 };
 
 // A single matrix is the array call with one object: no count, no lists.
-template <class T, int N>
+template <class T, int N, bool Adjacent>
 struct DecompOne {
     template <class S, class D>
     [[gnu::flatten]] static vorxStatus run(S s, T* scratch, D d, uint32_t width, uint32_t height)
     {
-        return DecompArray<T, N>::run(s, scratch, d, width, height, 1);
+        return DecompArray<T, N, Adjacent>::run(s, scratch, d, width, height, 1);
     }
 };
 

@@ -36,6 +36,14 @@ struct Arith<float> {
     // A NaN sum fails: no comparison with a NaN is true.
     static bool passes(float sum) { return __builtin_fabsl(wide(sum)) >= kThreshold; }
     static float root(float sum) { return roundToFloat(__builtin_sqrtl(wide(sum))); }
+    // a + norm where a > 0, else a - norm (zero and NaN), as a + (-norm): the same
+    // bits, since norm is never a NaN. No branch: the sign of a is data.
+    static float away(float a, float norm)
+    {
+        sse::R va = _mm_set_ss(a);
+        sse::R flip = _mm_andnot_ps(_mm_cmpgt_ss(va, _mm_setzero_ps()), _mm_set_ss(-0.0f));
+        return _mm_cvtss_f32(sse::add1(va, _mm_xor_ps(_mm_set_ss(norm), flip)));
+    }
 };
 
 // 64f: on the x87 unit, every intermediate at register width; only what goes to
@@ -49,6 +57,7 @@ struct Arith<double> {
     static long double mul(long double a, long double b) { return a * b; }
     static bool passes(long double sum) { return __builtin_fabsl(sum) >= kThreshold; }
     static long double root(long double sum) { return __builtin_sqrtl(sum); }
+    static long double away(long double a, long double norm) { return a + (a > 0 ? norm : -norm); }
 };
 
 // Reflectors of an object of `width` columns and `height` rows: one per column, but
@@ -77,11 +86,25 @@ Strided<T> object(const ObjTable<T>& v, uint32_t n) { return {v.at(n, 0, 0), v.r
 template <class T>
 Entries<T> object(const ElemTable<T>& v, uint32_t n) { return {v.x, v.bs + step(n, v.os), v.pitch}; }
 
-// Every layout runs the same loops; the tags of the exported names derive from here.
-template <template <class, int> class Run>
+// The tags of the exported names derive from here; `Adjacent` where the elements of
+// a row lie E bytes apart (Contiguous and List layouts).
+template <template <class, int, bool> class Run>
 struct Family {
-    template <class T, int N, Lay>
-    struct Impl : Run<T, N> {};
+    template <class T, int N, Lay L>
+    struct Impl : Run<T, N, adjacent(L)> {};
+};
+
+// Where a step keeps the values it reads again: for a fixed order a local array,
+// which no store to dst or scratch can change (so they stay in registers); for a
+// run-time order the caller's scratch itself.
+template <class T, int N>
+struct Kept {
+    T local[N];
+    T* at(T*) { return local; }
+};
+template <class T>
+struct Kept<T, 0> {
+    T* at(T* scratch) { return scratch; }
 };
 
 }  // namespace qr
