@@ -85,27 +85,31 @@ TEST(QRDecomp, LastColumnAndWidthAboveHeight)
     EXPECT_EQ(agreed<float>("vorxQRDecomp_ma_32f_PS2", 5, 3, 2, [](vt::Specimen<float>&) {}), vorxStatusZeroDivide);
 }
 
-// Object 1 of three fails at step 1 (its column 0 is already reduced, column 1 zero
-// below row 0): object 0 complete, object 1 with reflector 0 applied (row 0
-// negated), object 2 untouched.
+// Object 2 of five fails at step 1 (its column 0 is already reduced, column 1 zero
+// below row 0): objects 0 and 1 complete, object 2 with reflector 0 applied (row 0
+// negated), objects 3 and 4 untouched, also where objects go through in groups.
 TEST(QRDecomp, StateAfterAFailingObject)
 {
-    for (const char* name : {"vorxQRDecomp_ma_32f_3x3_L", "vorxQRDecomp_ma_64f_P", "vorxQRDecomp_ma_32f_S2"}) {
+    for (const char* name : {"vorxQRDecomp_ma_32f_4x4_L", "vorxQRDecomp_ma_32f_6x6", "vorxQRDecomp_ma_32f_3x3_PS2",
+                             "vorxQRDecomp_ma_64f_P"}) {
         auto run = [&](auto t) {
             using T = decltype(t);
-            std::vector<T> before2;
+            const CatalogueEntry& e = byName(name);
+            const uint32_t n = e.size ? e.size : 3;
+            std::vector<std::vector<T>> later;
             auto set = [&](vt::Specimen<T>& s) {
-                const T obj[] = {1, 2, 3, 0, 0, 5, 0, 0, 7};
-                for (uint32_t e = 0; e < 9; ++e) s.op("src").set(1, e / 3, e % 3, obj[e]);
-                before2 = s.op("dst").object(2);
+                for (uint32_t i = 0; i < n; ++i)
+                    for (uint32_t j = 0; j < n; ++j) s.op("src").set(2, i, j, i == 0 ? T(j + 1) : j < 2 ? T(0) : T(i + j));
+                later = {s.op("dst").object(3), s.op("dst").object(4)};
             };
             auto after = [&](const vt::Specimen<T>& s) {
-                EXPECT_EQ(s.op("dst").object(2), before2) << name;
-                for (uint32_t j = 0; j < 3; ++j) EXPECT_EQ(s.op("dst").get(1, 0, j), -T(j + 1)) << name;
+                EXPECT_EQ(s.op("dst").object(3), later[0]) << name;
+                EXPECT_EQ(s.op("dst").object(4), later[1]) << name;
+                for (uint32_t j = 0; j < n; ++j) EXPECT_EQ(s.op("dst").get(2, 0, j), -T(j + 1)) << name;
             };
-            EXPECT_EQ(agreed<T>(name, 3, 3, 3, set, after), vorxStatusZeroDivide) << name;
+            EXPECT_EQ(agreed<T>(name, n, n, 5, set, after), vorxStatusZeroDivide) << name;
         };
-        if (std::string_view(name).find("32f") != std::string_view::npos) run(0.0f); else run(0.0);
+        if (vt::isF32(byName(name))) run(0.0f); else run(0.0);
     }
 }
 

@@ -92,7 +92,8 @@ void qrSolve(M m, std::vector<T>& sc, std::vector<T>& x, uint32_t w, uint32_t h)
     }
 }
 
-// The shared part of both models: size sets with tall shapes, the frame's checks.
+// The shared part of both models: size sets with tall shapes (and five objects, which
+// the fixed 32f sizes take in groups and one by one), the frame's checks.
 template <class M>
 class QRModel : public ModelOf<M> {
 public:
@@ -100,7 +101,7 @@ public:
     {
         std::vector<Dims> out;
         std::vector<std::pair<uint32_t, uint32_t>> shapes = {{1, 1}, {1, 4}, {3, 3}, {2, 5}, {4, 6}, {7, 7}, {5, 3}};
-        for (uint32_t c : isArrayCall(e) ? std::vector<uint32_t>{0, 1, 3} : std::vector<uint32_t>{1})
+        for (uint32_t c : isArrayCall(e) ? std::vector<uint32_t>{0, 1, 5} : std::vector<uint32_t>{1})
             for (auto [w, h] : e.size ? decltype(shapes){{e.size, e.size}} : shapes) {
                 Dims d = dimsOf(e, 0, c);
                 d.set("width", w);
