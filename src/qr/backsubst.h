@@ -6,58 +6,68 @@
 // infinity or a NaN, and status 0.
 #pragma once
 
-#include "qr.h"
+#include "decomp.h"
 
 namespace vorx {
 namespace qr {
 
-// Object by object. src2 is read only by the copy into scratch, so dst may be
-// src2. A width above the height reads scratch up to `width` elements and means
-// nothing.
-template <class T, int N, class M, class B, class X>
-inline void substitute(const M& m, T* scratch, const B& b, const X& x, uint32_t widthArg, uint32_t heightArg)
+// O objects side by side, each phase object after object (as in the
+// decomposition), sc[o] the working copy of each b: the caller's scratch for one
+// object. src2 is read only by the copy, so dst may be src2. A width above the
+// height reads scratch up to `width` elements and means nothing.
+template <class T, int N, int O, class M, class B, class X>
+inline void substitute(const M* m, T* const* sc, const B* b, const X* x, uint32_t widthArg, uint32_t heightArg)
 {
     using A = Arith<T>;
     using W = typename A::W;
     const uint32_t width = N ? N : widthArg, height = N ? N : heightArg;
+#pragma GCC unroll 4
+    for (int o = 0; o < O; ++o)
 #pragma GCC unroll 8
-    for (uint32_t i = 0; i < height; ++i) copyBits(&scratch[i], b.at(0, i));
+        for (uint32_t i = 0; i < height; ++i) copyBits(&sc[o][i], b[o].at(0, i));
     const uint32_t steps = reflectors(width, height);
 #pragma GCC unroll 8
-    for (uint32_t k = 0; k < steps; ++k) {
-        // w = v'v again, from the tail in the order the decomposition formed it; a
-        // fixed order keeps the tail for the update.
-        W w = 1;
-        W t = A::load(&scratch[k]);
-        W tail[N ? N : 1];
+    for (uint32_t k = 0; k < steps; ++k)
+#pragma GCC unroll 4
+        for (int o = 0; o < O; ++o) {
+            // w = v'v again, from the tail in the order the decomposition formed it;
+            // a fixed order keeps the tail for the update.
+            T* s = sc[o];
+            W w = 1;
+            W t = A::load(&s[k]);
+            W tail[N ? N : 1];
 #pragma GCC unroll 8
-        for (uint32_t i = k + 1; i < height; ++i) {
-            W a = A::load(m.at(i, k));
-            if constexpr (N != 0) tail[i] = a;
-            w = A::add(w, A::mul(a, a));
-            t = A::add(t, A::mul(A::load(&scratch[i]), a));
-        }
-        t = A::mul(t, W(-2) / w);
-        A::store(&scratch[k], A::add(A::load(&scratch[k]), t));
+            for (uint32_t i = k + 1; i < height; ++i) {
+                W a = A::load(m[o].at(i, k));
+                if constexpr (N != 0) tail[i] = a;
+                w = A::add(w, A::mul(a, a));
+                t = A::add(t, A::mul(A::load(&s[i]), a));
+            }
+            t = A::mul(t, W(-2) / w);
+            A::store(&s[k], A::add(A::load(&s[k]), t));
 #pragma GCC unroll 8
-        for (uint32_t i = k + 1; i < height; ++i) {
-            W a = N != 0 ? tail[i] : A::load(m.at(i, k));
-            A::store(&scratch[i], A::add(A::load(&scratch[i]), A::mul(a, t)));
+            for (uint32_t i = k + 1; i < height; ++i) {
+                W a = N != 0 ? tail[i] : A::load(m[o].at(i, k));
+                A::store(&s[i], A::add(A::load(&s[i]), A::mul(a, t)));
+            }
         }
-    }
     // R x = scratch from the bottom: each row's sum built from zero, ascending, and
     // subtracted once; a true division by every diagonal element. Width 1 ends
     // after dst[0].
     const uint32_t z = width - 1;
-    A::store(x.at(0, z), A::load(&scratch[z]) / A::load(m.at(z, z)));
+#pragma GCC unroll 4
+    for (int o = 0; o < O; ++o) A::store(x[o].at(0, z), A::load(&sc[o][z]) / A::load(m[o].at(z, z)));
 #pragma GCC unroll 8
-    for (uint32_t q = 1; q < width; ++q) {
-        const uint32_t r = z - q;
-        W u = 0;
+    for (uint32_t q = 1; q < width; ++q)
+#pragma GCC unroll 4
+        for (int o = 0; o < O; ++o) {
+            const uint32_t r = z - q;
+            W u = 0;
 #pragma GCC unroll 8
-        for (uint32_t j = r + 1; j < width; ++j) u = A::add(u, A::mul(A::load(m.at(r, j)), A::load(x.at(0, j))));
-        A::store(x.at(0, r), (A::load(&scratch[r]) - u) / A::load(m.at(r, r)));
-    }
+            for (uint32_t j = r + 1; j < width; ++j)
+                u = A::add(u, A::mul(A::load(m[o].at(r, j)), A::load(x[o].at(0, j))));
+            A::store(x[o].at(0, r), (A::load(&sc[o][r]) - u) / A::load(m[o].at(r, r)));
+        }
 }
 
 // Table scan of the Pointer layouts: every entry of the factor, then the entries
@@ -88,9 +98,27 @@ struct SolveArray {
         b = b.withShape(1, height);
         x = x.withShape(1, width);
         if (!qr::tablesOk(m, b, x, width, height)) return kNull;
+        // Two objects at a time while both are listed, each with a working copy of
+        // its b; scratch is left with the second one's.
+        constexpr uint32_t G = 2;
+        const bool grouped = width <= height && height <= kGroupElements;
         for (uint32_t n = 0; n < count; ++n) {
+            if (grouped && n + G <= count && listsOk(n, m, b, x) && listsOk(n + 1, m, b, x)) {
+                T work[G][N ? N : kGroupElements];
+                T* sc[G] = {work[0], work[1]};
+                decltype(object(m, n)) ms[G] = {object(m, n), object(m, n + 1)};
+                decltype(object(b, n)) bs[G] = {object(b, n), object(b, n + 1)};
+                decltype(object(x, n)) xs[G] = {object(x, n), object(x, n + 1)};
+                substitute<T, N, G>(ms, sc, bs, xs, width, height);
+                for (uint32_t i = 0; i < (N ? N : height); ++i) copyBits(&scratch[i], &work[G - 1][i]);
+                ++n;
+                continue;
+            }
             if (!listsOk(n, m, b, x)) return kNull;
-            substitute<T, N>(object(m, n), scratch, object(b, n), object(x, n), width, height);
+            auto mo = object(m, n);
+            auto bo = object(b, n);
+            auto xo = object(x, n);
+            substitute<T, N, 1>(&mo, &scratch, &bo, &xo, width, height);
         }
         return kOk;
     }
