@@ -70,19 +70,6 @@ inline void substitute(const M* m, T* const* sc, const B* b, const X* x, uint32_
         }
 }
 
-// Table scan of the Pointer layouts: every entry of the factor, then the entries
-// of src2 and dst below `width`, index by index. The src2 entries from `width` to
-// `height` - 1 are read by the copy but never tested.
-template <class M, class B, class X>
-bool tablesOk(const M& m, const B& b, const X& x, uint32_t width, uint32_t height)
-{
-    if (!tableOk(m, width * height)) return false;
-    if constexpr (IsElemTable<B>::value)
-        for (uint32_t n = 0; n < width; ++n)
-            if (!b.entry(n) || !x.entry(n)) return false;
-    return true;
-}
-
 // The whole call; a single right side is the array call with one object and no
 // count. The list entries of an object (src2 and dst, and src1 in mava; the one
 // factor of mva is plain memory) are tested just before it.
@@ -97,7 +84,10 @@ struct SolveArray {
         m = m.withShape(height, width);
         b = b.withShape(1, height);
         x = x.withShape(1, width);
-        if (!qr::tablesOk(m, b, x, width, height)) return kNull;
+        // Pointer layouts: every entry of the factor, and the entries of src2 and dst
+        // below `width`. The src2 entries from `width` to `height` - 1 are read by
+        // the copy but never tested.
+        if (!tableOk(m, width * height) || !tableOk(b, width) || !tableOk(x, width)) return kNull;
         // Two objects at a time while both are listed, each with a working copy of
         // its b; scratch is left with the second one's.
         constexpr uint32_t G = 2;

@@ -139,17 +139,6 @@ inline bool factoriseGroup(const S* src, T* scratch, const D* dst, uint32_t widt
     return true;
 }
 
-// Table scan of the Pointer layouts: all entries of src and dst, index by index,
-// without any object's shift, before anything is copied and before the count test.
-template <class S, class D>
-bool tablesOk(const S& s, const D& d, uint32_t entries)
-{
-    if constexpr (IsElemTable<S>::value)
-        for (uint32_t n = 0; n < entries; ++n)
-            if (!s.entry(n) || !d.entry(n)) return false;
-    return true;
-}
-
 template <class T, int N, bool Adjacent>
 struct DecompArray {
     template <class S, class D>
@@ -159,7 +148,9 @@ struct DecompArray {
         if (N == 0 && (width == 0 || height == 0)) return kBadSize;
         s = s.withShape(height, width);
         d = d.withShape(height, width);
-        if (!qr::tablesOk(s, d, width * height)) return kNull;
+        // Pointer layouts: every entry of both tables, without any object's shift,
+        // before anything is copied and before the count test.
+        if (!tablesOk(width * height, s, d)) return kNull;
         constexpr bool inRegisters = sizeof(T) == 4 && N != 0;
         constexpr uint32_t G = inRegisters && N <= 4 ? 4 : 2;
         const bool grouped = N != 0 || (width <= height && width * height <= kGroupElements);
