@@ -5,7 +5,11 @@
 // every object of an array in turn.
 //
 // One set of loops serves every member: a fixed size is the run-time loop with the
-// order as a constant, no closed form.
+// order as a constant, no closed form. Arrays take their objects two or four at a
+// time, side by side in copies (the 32f fixed sizes in SSE registers, packed.h),
+// storing them when all succeed; a group with a failing or unlisted object is
+// taken again one object at a time, in dst, so that what a failure leaves is the
+// same.
 #pragma once
 
 #include "packed.h"
