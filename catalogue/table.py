@@ -173,10 +173,12 @@ ROWS = [
     # QR: a scratch vector of `height` elements stands before dst (before src2 in
     # the back substitution).
     dict(family="QRDecomp", codes="m ma", sizes="matrix",
-         args="src:@1 scratch:Tp[height] dst:*m #width #height count?"),
+         args="src:@1 scratch:Tp[height] dst:*m #width #height count?", built=True),
     dict(family="QRBackSubst", codes="mv mava", sizes="matrix",
-         args="src1:@1 scratch:Tp[height] src2:@2[height] dst:*v[width] #width #height count?"),
+         args="src1:@1 scratch:Tp[height] src2:@2[height] dst:*v[width] #width #height count?",
+         built=True),
     # One matrix for all right sides, with the unread object stride of the mava list.
     dict(family="QRBackSubst", codes="mva", sizes="matrix",
-         args="src1:mq scratch:Tp[height] src2:@2[height] dst:*v[width] #width #height count?"),
+         args="src1:mq scratch:Tp[height] src2:@2[height] dst:*v[width] #width #height count?",
+         built=True),
 ]

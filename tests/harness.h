@@ -121,6 +121,9 @@ public:
     // takes an estimate instruction (rsqrtps, rcpps), which the emulator computes
     // exactly: such results stay out of the digest the two builds compare.
     virtual bool sameOnEveryMachine(const CatalogueEntry&) const { return true; }
+    // An entry of a table the family scans that it reads without testing: a null
+    // there is followed as an address, so the harness never plants one.
+    virtual bool entryFollowed(const CatalogueEntry&, const OperandSpec&, const Dims&, uint32_t) const { return false; }
     // Whether a null top-level pointer is refused (-8) rather than followed.
     virtual bool nullChecked(const CatalogueEntry&, const OperandSpec&) const { return true; }
     // Operands whose storage dst may share (same layout and strides).
