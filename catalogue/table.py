@@ -107,10 +107,10 @@ ROWS = [
     # src1Width elements whatever src2Len says (they differ in non-square mTv calls).
     dict(family="Mul", codes="mv mTv mva mTva mav maTv mava maTva", sizes="matrix",
          args="src1:@1[^src1Height,src1Width] #src1Width #src1Height src2:@2[src1Width] #src2Len "
-              "dst:*v[src1Height] count?"),
+              "dst:*v[src1Height] count?", built=True),
     # Gaxpy names only the vectors' kind; the one matrix is never an array.
     dict(family="Gaxpy", codes="v va", sizes="matrix",
-         args="src1:m src2:@1[width] src3:@1[height] dst:*v[height] #width #height count?"),
+         args="src1:m src2:@1[width] src3:@1[height] dst:*v[height] #width #height count?", built=True),
 
     # Matrix functionals: the sizes come before the scalar results.
     dict(family="Trace", codes="m ma", sizes="matrix",
