@@ -449,6 +449,15 @@ T addOrSub(bool sub, T a, T b)
     }
 }
 
+// One step of a sum of products held in dst: 32f rounded at the product and the
+// sum, 64f formed at extended precision and rounded to double at the store.
+template <class T>
+T plusProduct(T s, T x, T y)
+{
+    if constexpr (sizeof(T) == 4) return f32::add(s, f32::mul(x, y));
+    else return roundToDouble(static_cast<long double>(s) + static_cast<long double>(x) * y);
+}
+
 template <class T>
 bool sameBits(T a, T b) { return std::memcmp(&a, &b, sizeof a) == 0; }
 

@@ -78,11 +78,7 @@ void partial(const char* name, const char* op, uint32_t entry, uint32_t row, uin
     c.s.op(op).table()[entry] = nullptr;
     ASSERT_EQ(c.s.call(), vorxStatusNullPointer) << name;
     T s = 0;
-    for (uint32_t k = 0; k < terms; ++k) {
-        T x = c.before.in("src1", 0, row, k), y = c.before.in("src2", 0, 0, k);
-        if constexpr (sizeof(T) == 4) s = vt::f32::add(s, vt::f32::mul(x, y));
-        else s = vt::roundToDouble(static_cast<long double>(s) + static_cast<long double>(x) * y);
-    }
+    for (uint32_t k = 0; k < terms; ++k) s = vt::plusProduct(s, c.before.in("src1", 0, row, k), c.before.in("src2", 0, 0, k));
     for (uint32_t i = 0; i < 3; ++i)
         EXPECT_TRUE(i < row ? c.predicted("dst", 0, 0, i) : i > row ? c.untouched("dst", 0, 0, i)
                                                                    : sameBits(c.s.op("dst").get(0, 0, i), s))
