@@ -99,16 +99,18 @@ ROWS = [
          args="src1:@1 src2:@2 dst:*v count?", unit=lambda f: "vorxcrossproduct_" + f.group),
 
     # Multiplication by a constant, which is always the second operand.
-    dict(family="Mul", codes="vc vac", sizes="vector", args=VEC_SOURCE_VALUE),
+    dict(family="Mul", codes="vc vac", sizes="vector", args=VEC_SOURCE_VALUE, built=True),
     dict(family="Mul", codes="mc mTc mac maTc", sizes="matrix",
-         args="src:@1 value:val dst:*m #width #height count?"),
+         args="src:@1 value:val dst:*m #width #height count?", built=True),
     # Matrix by vector: the sizes stand behind their own operand, as in matrix by matrix.
+    # Every form runs src1Height results of src1Width terms, so src2 is read over
+    # src1Width elements whatever src2Len says (they differ in non-square mTv calls).
     dict(family="Mul", codes="mv mTv mva mTva mav maTv mava maTva", sizes="matrix",
-         args="src1:@1[^src1Height,src1Width] #src1Width #src1Height src2:@2[src2Len] #src2Len "
-              "dst:*v[src1Height] count?"),
+         args="src1:@1[^src1Height,src1Width] #src1Width #src1Height src2:@2[src1Width] #src2Len "
+              "dst:*v[src1Height] count?", built=True),
     # Gaxpy names only the vectors' kind; the one matrix is never an array.
     dict(family="Gaxpy", codes="v va", sizes="matrix",
-         args="src1:m src2:@1[width] src3:@1[height] dst:*v[height] #width #height count?"),
+         args="src1:m src2:@1[width] src3:@1[height] dst:*v[height] #width #height count?", built=True),
 
     # Matrix functionals: the sizes come before the scalar results.
     dict(family="Trace", codes="m ma", sizes="matrix",

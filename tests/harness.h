@@ -152,6 +152,28 @@ public:
     }
 };
 
+// A model of a family of sums of products: its random sources have mixed
+// magnitudes (2^-6 to 2^6), so that the order and the width of every sum show.
+template <class M>
+class MixedModelOf : public ModelOf<M> {
+public:
+    void fill(Specimen<float>& s, Data data, std::mt19937& rng) const override { mixed(s, data, rng); }
+    void fill(Specimen<double>& s, Data data, std::mt19937& rng) const override { mixed(s, data, rng); }
+
+private:
+    template <class T>
+    void mixed(Specimen<T>& s, Data data, std::mt19937& rng) const
+    {
+        Model::fill(s, data, rng);
+        if (data != Data::Random) return;
+        for (auto& a : s.args)
+            if (a.elems && !a.spec->out)
+                a.elems->fill([&](uint32_t, uint32_t, uint32_t) {
+                    return randomValue<T>(rng, static_cast<int>(rng() % 13) - 6);
+                });
+    }
+};
+
 const Model* modelFor(const CatalogueEntry& e);
 struct RegisterModel {
     explicit RegisterModel(const Model* m);
