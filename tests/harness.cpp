@@ -398,10 +398,12 @@ std::string verify(const Model& m, Specimen<T>& s, const Null& null, bool record
                     break;
                 case EntryRule::PerObject:
                     if (null.index < s.d.count) {
+                        std::optional<uint32_t> done = m.listedBefore(e, spec, null.index, s.d.count);
+                        if (!done) return "";
                         Specimen<T> upTo = in;
-                        upTo.d.count = null.index;
+                        upTo.d.count = *done;
                         out = in;
-                        vorxStatus before = null.index ? m.predict(upTo, out) : vorxStatusOk;
+                        vorxStatus before = *done ? m.predict(upTo, out) : vorxStatusOk;
                         want = before != vorxStatusOk ? before : vorxStatusNullPointer;
                     }
                     break;
@@ -540,9 +542,9 @@ std::string verifyEntry(const CatalogueEntry& e, const Dims& d, const Draw& draw
     // Results of ordinary numbers go into the digest that both builds must share
     // (NaN payloads under the emulator follow its own rule; the stack test runs in
     // one build only).
-    bool record = draw.data != Data::Special && draw.stackOffset == 0;
     const Model* m = modelFor(e);
     if (!m) return std::string(e.name) + ": no model";
+    bool record = draw.data != Data::Special && draw.stackOffset == 0 && m->sameEverywhere(e);
     if (isF32(e)) {
         auto s = Specimen<float>::make(e, d, draw);
         return verify(*m, s, null, record);

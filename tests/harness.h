@@ -108,6 +108,17 @@ public:
     // A single-object Pointer call that meets null entry `entry` of `op`: how many
     // result elements (row-major) stand written before it, if the family says.
     virtual bool writtenBefore(const CatalogueEntry&, const OperandSpec&, uint32_t, uint32_t&) const { return false; }
+    // A null list entry `entry` of `op` (EntryRule::PerObject) in a call of `count`
+    // objects: how many objects stand complete when the call returns -8, or nothing
+    // where the family follows that entry as an address (it is then never made null).
+    virtual std::optional<uint32_t> listedBefore(const CatalogueEntry&, const OperandSpec&, uint32_t entry, uint32_t) const
+    {
+        return entry;
+    }
+    // Whether the results are the same bits on every processor and under the
+    // emulator; not so where an estimate instruction enters (they then stay out of
+    // the digest that both builds compare).
+    virtual bool sameEverywhere(const CatalogueEntry&) const { return true; }
     // Whether a null top-level pointer is refused (-8) rather than followed.
     virtual bool nullChecked(const CatalogueEntry&, const OperandSpec&) const { return true; }
     // Operands whose storage dst may share (same layout and strides).
