@@ -239,16 +239,24 @@ TEST(VecAlg, TablesScannedEntryByEntry)
     EXPECT_GT(checked, 150u);
 }
 
-// The fixed-size 32f weighted sums that branch on alignment, with every pointer and
-// object stride on 16 bytes: the aligned moves give the model's bits too.
-TEST(VecAlg, AlignmentBranchesGiveTheSameBits)
+// The packed fixed sizes with every pointer and object stride on 16 bytes (the
+// aligned moves of the weighted sums, the aligned groups of the 3-element dot
+// product) and with objects back to back (one run, three full moves for four
+// 3-element objects): the model's bits too.
+TEST(VecAlg, AlignedAndBackToBackArrays)
 {
     unsigned seed = 200;
     for (const auto& e : kCatalogue) {
         std::string_view f = e.family, l = e.layout;
-        if ((f != "Saxpy" && f != "LComb") || !vt::isF32(e) || e.size < 4 || (l != "" && l != "L")) continue;
-        for (uint32_t count : {1u, 5u})
-            EXPECT_EQ(vt::verifyEntry(e, vt::dimsOf(e, 0, count), placed(seed++, 0, 32, {"src1", "src2", "dst"})), "");
+        bool family = f == "Saxpy" || f == "LComb" || f == "DotProduct" || f == "CrossProduct" || f == "L2Norm";
+        if (!family || !vt::isF32(e) || !e.size || !vt::isArrayCall(e) || (l != "" && l != "L")) continue;
+        for (uint32_t count : {1u, 5u, 9u}) {
+            Dims d = vt::dimsOf(e, 0, count);
+            EXPECT_EQ(vt::verifyEntry(e, d, placed(seed++, 0, 32, {"src", "src1", "src2", "dst"})), "");
+            Draw tight{vt::Data::Random, seed++};
+            for (const char* n : {"src", "src1", "src2", "dst"}) tight.options[n].tight = true;
+            EXPECT_EQ(vt::verifyEntry(e, d, tight), "");
+        }
     }
 }
 

@@ -72,7 +72,14 @@ void atOnce(const A& a, const B& b, const D& d, uint32_t k)
 }
 
 // Four objects a turn: each source transposed into three registers (one per
-// component, lane q object q), the three differences, and back.
+// component, lane q object q), the three differences, and back. Objects lying back
+// to back in all three arrays move as three full registers each.
+inline lanes::Four<3> crossed(const lanes::Four<3>& x, const lanes::Four<3>& y)
+{
+    return {{diff(x.x[1], y.x[2], x.x[2], y.x[1]), diff(x.x[2], y.x[0], x.x[0], y.x[2]),
+             diff(x.x[0], y.x[1], x.x[1], y.x[0])}};
+}
+
 template <class A, class B>
 void fourAtOnce(const A& a, const B& b, const Direct<float>& d, uint32_t k)
 {
@@ -80,16 +87,23 @@ void fourAtOnce(const A& a, const B& b, const Direct<float>& d, uint32_t k)
         return lanes::transpose<3>(VecReg<3>::load(v.at(k, 0, 0)), VecReg<3>::load(v.at(k + 1, 0, 0)),
                                    VecReg<3>::load(v.at(k + 2, 0, 0)), VecReg<3>::load(v.at(k + 3, 0, 0)));
     };
-    lanes::Four<3> x = in(a), y = in(b);
-    R d0 = diff(x.x[1], y.x[2], x.x[2], y.x[1]);
-    R d1 = diff(x.x[2], y.x[0], x.x[0], y.x[2]);
-    R d2 = diff(x.x[0], y.x[1], x.x[1], y.x[0]);
-    R z = sse::zero();
+    lanes::Four<3> r = crossed(in(a), in(b));
+    R d0 = r.x[0], z = sse::zero(), d1 = r.x[1], d2 = r.x[2];
     _MM_TRANSPOSE4_PS(d0, z, d1, d2);  // object q: d0, 0, d1, d2
     sse::store3(d.at(k, 0, 0), d0);
     sse::store3(d.at(k + 1, 0, 0), z);
     sse::store3(d.at(k + 2, 0, 0), d1);
     sse::store3(d.at(k + 3, 0, 0), d2);
+}
+
+inline void fourBackToBack(const float* a, const float* b, float* d)
+{
+    auto in = [](const float* p) { return lanes::packed3(sse::load4u(p), sse::load4u(p + 4), sse::load4u(p + 8)); };
+    R d0, d1, d2;
+    lanes::unpacked3(crossed(in(a), in(b)), d0, d1, d2);
+    sse::store4u(d, d0);
+    sse::store4u(d + 4, d1);
+    sse::store4u(d + 8, d2);
 }
 
 }  // namespace cross
@@ -131,8 +145,11 @@ struct CrossFamily {
             };
             auto objects = [&] {
                 uint32_t k = 0;
-                if constexpr (atOnce && Single == 0 && L == Lay::C)
+                if constexpr (atOnce && Single == 0 && L == Lay::C) {
+                    if (a.os == 12 && b.os == 12 && d.os == 12)
+                        for (; count - k >= 4; k += 4) cross::fourBackToBack(a.at(k, 0, 0), b.at(k, 0, 0), d.at(k, 0, 0));
                     for (; count - k >= 4; k += 4) cross::fourAtOnce(a, b, d, k);
+                }
                 for (; k < count; ++k) {
                     if (!listsOk(k, a, b, d)) return kNull;
                     object(sa, sb, d, k);

@@ -19,11 +19,65 @@ struct MulOp {
     static R p1(R a, R b) { return sse::mul1(a, b); }
 };
 
+// One object of N elements in the registers of its size (VecReg), elements 0..3 by
+// one unaligned full move; exactly the object's elements are read.
+template <int N>
+VecReg<N> load(const float* p)
+{
+    if constexpr (N == 3) {
+        return VecReg<3>::load(p);
+    } else {
+        VecReg<N> v{};
+        v.r = sse::load4u(p);
+        if constexpr (N == 5) v.s = sse::load1(p + 4);
+        if constexpr (N == 6) v.s = sse::load2(p + 4);
+        return v;
+    }
+}
+
+// The N elements of one object's registers as scalars, in element order.
+template <int I>
+float lane(R r) { return _mm_cvtss_f32(_mm_shuffle_ps(r, r, I)); }
+template <int N>
+void scalars(const VecReg<N>& v, float* p)
+{
+    if constexpr (N == 3) {  // lanes: e0, 0, e1, e2
+        p[0] = lane<0>(v.r), p[1] = lane<2>(v.r), p[2] = lane<3>(v.r);
+    } else {
+        p[0] = lane<0>(v.r), p[1] = lane<1>(v.r), p[2] = lane<2>(v.r), p[3] = lane<3>(v.r);
+        if constexpr (N >= 5) p[4] = lane<0>(v.s);
+        if constexpr (N == 6) p[5] = lane<1>(v.s);
+    }
+}
+
 // Four objects in lanes: x[j] lane q holds element j of object q.
 template <int N>
 struct Four {
     R x[N];
 };
+
+// Four 3-element objects lying back to back, as three full registers
+//   a0 = x0 y0 z0 x1,  a1 = y1 z1 x2 y2,  a2 = z2 x3 y3 z3,
+// into lanes (x, y, z: elements 0, 1, 2), and back.
+inline Four<3> packed3(R a0, R a1, R a2)
+{
+    R t = _mm_shuffle_ps(a1, a2, _MM_SHUFFLE(2, 1, 3, 2));  // x2 y2 x3 y3
+    R u = _mm_shuffle_ps(a0, a1, _MM_SHUFFLE(0, 0, 1, 1));  // y0 y0 y1 y1
+    R v = _mm_shuffle_ps(a0, a1, _MM_SHUFFLE(1, 1, 2, 2));  // z0 z0 z1 z1
+    return {{_mm_shuffle_ps(a0, t, _MM_SHUFFLE(2, 0, 3, 0)),    // x0 x1 x2 x3
+             _mm_shuffle_ps(u, t, _MM_SHUFFLE(3, 1, 2, 0)),     // y0 y1 y2 y3
+             _mm_shuffle_ps(v, a2, _MM_SHUFFLE(3, 0, 2, 0))}};  // z0 z1 z2 z3
+}
+inline void unpacked3(const Four<3>& f, R& a0, R& a1, R& a2)
+{
+    R x = f.x[0], y = f.x[1], z = f.x[2];
+    R l = _mm_unpacklo_ps(x, y);                                                       // x0 y0 x1 y1
+    R h = _mm_unpackhi_ps(x, y);                                                       // x2 y2 x3 y3
+    a0 = _mm_shuffle_ps(l, _mm_shuffle_ps(z, x, _MM_SHUFFLE(1, 1, 0, 0)), _MM_SHUFFLE(2, 0, 1, 0));
+    a1 = _mm_shuffle_ps(_mm_shuffle_ps(y, z, _MM_SHUFFLE(1, 1, 1, 1)), h, _MM_SHUFFLE(1, 0, 2, 0));
+    a2 = _mm_shuffle_ps(_mm_shuffle_ps(z, x, _MM_SHUFFLE(3, 3, 2, 2)), _mm_shuffle_ps(y, z, _MM_SHUFFLE(3, 3, 3, 3)),
+                        _MM_SHUFFLE(2, 0, 2, 0));
+}
 
 template <int N>
 Four<N> transpose(const VecReg<N>& o0, const VecReg<N>& o1, const VecReg<N>& o2, const VecReg<N>& o3)
@@ -131,7 +185,7 @@ V estimatedRoot(V s)
 // b is read with aligned loads, a (in products) unaligned; a non-temporal prefetch
 // runs 64 bytes ahead in both.
 template <bool Square>
-float eightWay(const float* a, const float* b, uint32_t len)
+[[gnu::always_inline]] inline float eightWay(const float* a, const float* b, uint32_t len)
 {
     auto term = [&](uint32_t j) { return Square ? sse::mul(b[j], b[j]) : sse::mul(a[j], b[j]); };
     auto terms = [&](uint32_t j) {

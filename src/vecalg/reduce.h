@@ -35,42 +35,48 @@ template <>
 struct Acc<double> {
     long double s = 0;
     void add(double x, double y) { s = s + wide(x) * wide(y); }
-    double sum() const { return roundToDouble(s); }
-    double root() const { return roundToDouble(__builtin_sqrtl(s)); }
+    long double sum() const { return s; }
+    long double root() const { return __builtin_sqrtl(s); }
 };
 
 // One object into `out`; Norm: the root of the sum of squares. `Test`: a
 // single-object Pointer call tests each entry just before it reads through it
 // (src1's, then src2's) and stores its result only at the end, so a null entry
 // leaves dst as it was.
-template <class T, bool Norm, bool Test, class... V>
+// `Adj`: the elements of an object lie E bytes apart (Contiguous, List).
+template <class T, int N, bool Norm, bool Test, bool Adj, class... V>
 bool objectSum(T& out, uint32_t k, uint32_t len, const V&... v)
 {
+    auto at = [k](const auto& w, uint32_t j) -> const T& {
+        if constexpr (Adj) return w.row(k, 0)[j];
+        else return *w.at(k, 0, j);
+    };
     Acc<T> s;
-    for (uint32_t j = 0; j < len; ++j) {
+#pragma GCC unroll 6
+    for (uint32_t j = 0; j < (N ? N : len); ++j) {
         if (Test && !(readOk(v, 0, j) && ...)) return false;
-        const T x[] = {*v.at(k, 0, j)...};
+        const T x[] = {at(v, j)...};
         s.add(x[0], x[sizeof...(V) - 1]);
     }
-    out = Norm ? s.root() : s.sum();
+    out = static_cast<T>(Norm ? s.root() : s.sum());  // 64f: the store rounds once
     return true;
 }
 
-template <class T, int N, bool Norm, class... V>
+template <class T, int N, bool Norm, bool Adj, class... V>
 vorxStatus single(T* d, uint32_t len, const V&... v)
 {
     if (anyNull(v..., results(d))) return kNull;
     if (N == 0 && len == 0) return kBadSize;
     T r;
-    if (!objectSum<T, Norm, true>(r, 0, len, v...)) return kNull;
+    if (!objectSum<T, N, Norm, true, Adj>(r, 0, len, v...)) return kNull;
     *d = r;
     return kOk;
 }
 
-template <class T, int N, bool Norm, class... V>
+template <class T, int N, bool Norm, bool Adj, class... V>
 vorxStatus array(T* d, uint32_t len, uint32_t count, const V&... v)
 {
-    auto object = [&](uint32_t k) { objectSum<T, Norm, false>(d[k], k, len, v...); };
+    auto object = [&](uint32_t k) { objectSum<T, N, Norm, false, Adj>(d[k], k, len, v...); };
     auto objects = [&] { return eachObject(count, object, v...); };
     return interleavedCall(N == 0 && len == 0, len, count, nothing, objects, v..., results(d));
 }
@@ -99,30 +105,28 @@ vorxStatus groups(float* d, uint32_t count, Group group, One one, const O&... o)
 }
 
 // The second factor of a packed dot product: object k of an array, or one vector
-// loaded ahead of the count test and held in registers (a register of its size for
-// the groups, N scalars for single objects).
+// loaded ahead of the count test and held in registers.
 template <int N, class V>
 struct Factor {
     V v;
     void prepare() {}
-    VecReg<N> reg(uint32_t k) const { return VecReg<N>::load(v.at(k, 0, 0)); }
-    float at(uint32_t k, uint32_t j) const { return *v.at(k, 0, j); }
+    VecReg<N> reg(uint32_t k) const { return lanes::load<N>(v.at(k, 0, 0)); }
 };
 template <int N, class V>
 struct HeldFactor {
     V v;
     VecReg<N> r{};
-    float e[N] = {};
     void prepare()
     {
-        r = VecReg<N>::load(v.at(0, 0, 0));
-        for (uint32_t j = 0; j < N; ++j) e[j] = *v.at(0, 0, j);
+        r = lanes::load<N>(v.at(0, 0, 0));
         sse::keep(r);
-        sse::keep(e);
     }
     VecReg<N> reg(uint32_t) const { return r; }
-    float at(uint32_t, uint32_t j) const { return e[j]; }
 };
+
+// Both factors Contiguous arrays (objects may lie back to back).
+template <class A, class F> struct Backed { static constexpr bool value = false; };
+template <int N> struct Backed<Direct<const float>, Factor<N, Direct<const float>>> { static constexpr bool value = true; };
 
 // Packed 32f dot products of N elements: `Grouped` four objects a turn in lanes with
 // the order `Group`, the rest (or all, ungrouped) one by one with the order `One`.
@@ -130,17 +134,25 @@ template <int N, bool Grouped, bool Gap, class Group, class One, class A, class 
 vorxStatus dotsBy(const A& a, F f, float* d, uint32_t count)
 {
     auto product = [&](uint32_t k) {
-        return VecReg<N>::template op<lanes::MulOp>(VecReg<N>::load(a.at(k, 0, 0)), f.reg(k));
+        return VecReg<N>::template op<lanes::MulOp>(lanes::load<N>(a.at(k, 0, 0)), f.reg(k));
     };
     auto group = [&](uint32_t k) {
         return Group::of(lanes::transpose<N>(product(k), product(k + 1), product(k + 2), product(k + 3)).x);
     };
-    auto one = [&](uint32_t k) {
+    auto one = [&](uint32_t k) {  // the products of each lane are those of scalar operations
         float p[N];
-        for (uint32_t j = 0; j < N; ++j) p[j] = sse::mul(*a.at(k, 0, j), f.at(k, j));
+        lanes::scalars<N>(product(k), p);
         return One::of(p);
     };
+    // 3-element objects back to back in both arrays: three full moves for four objects.
+    auto tight = [&](uint32_t k) {
+        const float *x = a.at(k, 0, 0), *y = f.v.at(k, 0, 0);
+        return Group::of(lanes::packed3(sse::mul(sse::load4u(x), sse::load4u(y)), sse::mul(sse::load4u(x + 4), sse::load4u(y + 4)),
+                                        sse::mul(sse::load4u(x + 8), sse::load4u(y + 8))).x);
+    };
     auto objects = [&] {
+        if constexpr (Grouped && N == 3 && Backed<A, F>::value)
+            if (a.os == 12 && f.v.os == 12) return groups<Gap>(d, count, tight, one, a, f.v);
         if constexpr (Grouped) return groups<Gap>(d, count, group, one, a, f.v);
         else return eachObject(count, [&](uint32_t k) { d[k] = one(k); }, a, f.v);
     };
@@ -166,7 +178,7 @@ struct DotFamily {
         template <class A, class B>
         static vorxStatus run(A a, B b, T* d, uint32_t len)
         {
-            return reduce::single<T, N, false>(d, len, a, b);
+            return reduce::single<T, N, false, adjacent(L)>(d, len, a, b);
         }
         template <class A, class B>
         static vorxStatus run(A a, B b, T* d, uint32_t len, uint32_t count)
@@ -175,7 +187,7 @@ struct DotFamily {
                 return reduce::packedDots<N, L == Lay::C, false, lanes::LeftToRight<N>, lanes::LeftToRight<N>, Single>(
                     a, b, d, count);
             else
-                return reduce::array<T, N, false>(d, len, count, a, b);
+                return reduce::array<T, N, false, adjacent(L)>(d, len, count, a, b);
         }
     };
 };
@@ -199,12 +211,12 @@ struct NormFamily {
         template <class A>
         static vorxStatus run(A a, T* d, uint32_t len)
         {
-            return reduce::single<T, N, true>(d, len, a);
+            return reduce::single<T, N, true, adjacent(L)>(d, len, a);
         }
         template <class A>
         static vorxStatus run(A a, T* d, uint32_t len, uint32_t count)
         {
-            return reduce::array<T, N, true>(d, len, count, a);
+            return reduce::array<T, N, true, adjacent(L)>(d, len, count, a);
         }
     };
 };
@@ -232,18 +244,28 @@ struct NormGroups {
     static vorxStatus run(A a, float* d, uint32_t, uint32_t count)
     {
         auto squares = [&](uint32_t k) {
-            VecReg<N> x = VecReg<N>::load(a.at(k, 0, 0));
+            VecReg<N> x = lanes::load<N>(a.at(k, 0, 0));
             return VecReg<N>::template op<lanes::MulOp>(x, x);
         };
         auto group = [&](uint32_t k) {
             return lanes::estimatedRoot(Group::of(lanes::transpose<N>(squares(k), squares(k + 1), squares(k + 2), squares(k + 3)).x));
         };
-        auto one = [&](uint32_t k) {
+        auto one = [&](uint32_t k) {  // the scalar form: scalar sums, estimate and Newton step
             float p[N];
-            for (uint32_t j = 0; j < N; ++j) p[j] = sse::mul(*a.at(k, 0, j), *a.at(k, 0, j));
+            lanes::scalars<N>(squares(k), p);
             return lanes::estimatedRoot(One::of(p));
         };
-        auto objects = [&] { return reduce::groups<Gap>(d, count, group, one, a); };
+        // 3-element objects back to back: three full moves for four objects.
+        auto tight = [&](uint32_t k) {
+            const float* x = a.at(k, 0, 0);
+            sse::R a0 = sse::load4u(x), a1 = sse::load4u(x + 4), a2 = sse::load4u(x + 8);
+            return lanes::estimatedRoot(Group::of(lanes::packed3(sse::mul(a0, a0), sse::mul(a1, a1), sse::mul(a2, a2)).x));
+        };
+        auto objects = [&] {
+            if constexpr (N == 3 && __is_same(A, Direct<const float>))
+                if (a.os == 12) return reduce::groups<Gap>(d, count, tight, one, a);
+            return reduce::groups<Gap>(d, count, group, one, a);
+        };
         return interleavedCall(false, N, count, nothing, objects, a, reduce::results(d));
     }
 };

@@ -34,10 +34,11 @@ inline void put(float* d, V... v) { *d = Op::s(v...); }
 template <class Op, class... V>
 inline void put(double* d, V... v) { *d = static_cast<double>(Op::x(wide(v)...)); }  // the store rounds once
 
-template <class Op, class D, class... S>
+template <class Op, int N, class D, class... S>
 inline void object(const D& d, uint32_t k, uint32_t len, const S&... s)
 {
-    for (uint32_t j = 0; j < len; ++j) put<Op>(d.at(k, 0, j), get(s, k, 0, j)...);
+#pragma GCC unroll 6
+    for (uint32_t j = 0; j < (N ? N : len); ++j) put<Op>(d.at(k, 0, j), get(s, k, 0, j)...);
 }
 
 // Element loops. A single-object Pointer call tests the entries of element j of
@@ -48,7 +49,7 @@ vorxStatus single(const D& d, uint32_t len, const S&... s)
 {
     if (anyNull(s..., d)) return kNull;
     if (N == 0 && len == 0) return kBadSize;
-    for (uint32_t j = 0; j < len; ++j) {
+    for (uint32_t j = 0; j < (N ? N : len); ++j) {
         if (!elementsOk(0, j, s..., d)) return kNull;
         put<Op>(d.at(0, 0, j), get(s, 0, 0, j)...);
     }
@@ -58,7 +59,7 @@ vorxStatus single(const D& d, uint32_t len, const S&... s)
 template <class Op, int N, class D, class... S>
 vorxStatus array(const D& d, uint32_t len, uint32_t count, const S&... s)
 {
-    auto objects = [&] { return eachObject(count, [&](uint32_t k) { object<Op>(d, k, len, s...); }, s..., d); };
+    auto objects = [&] { return eachObject(count, [&](uint32_t k) { object<Op, N>(d, k, len, s...); }, s..., d); };
     return interleavedCall(N == 0 && len == 0, len, count, nothing, objects, s..., d);
 }
 
@@ -71,6 +72,16 @@ vorxStatus streamed(const Direct<float>& d, uint32_t len, const Direct<const flo
     if (len == 0) return kBadSize;
     stream::run<Op>(d.x, len, stream::Loose{a.x}, keyed(s)...);
     return kOk;
+}
+
+// Arrays whose objects lie back to back (every object stride N elements) are one run
+// of n elements: four a turn with unaligned moves, the rest one by one.
+template <class Op, class... S>
+void flat(float* d, uint32_t n, const S&... s)
+{
+    uint32_t j = 0;
+    for (; n - j >= 4; j += 4) sse::store4u(d + j, Op::p(s.template load<false>(j)...));
+    for (; j < n; ++j) d[j] = Op::s(s.at(j)...);
 }
 
 // Fixed sizes, 32f, Contiguous and List: one object in the registers of its size.
@@ -130,6 +141,8 @@ struct Moving {
     template <bool A>
     VecReg<N> at(uint32_t k) const { return take<N, A>(v, k); }
     bool aligned() const { return sse::aligned16(v.x) && (v.os & 15) == 0; }
+    bool tight() const { return v.os == 4 * N; }
+    stream::Loose run() const { return {v.x}; }
     bool alignedAt(uint32_t k) const { return weighted::alignedAt(v, k); }
 };
 template <int N, class V>
@@ -145,6 +158,8 @@ struct Held {
     VecReg<N> at(uint32_t) const { return r; }
     bool aligned() const { return true; }
     bool alignedAt(uint32_t) const { return true; }
+    bool tight() const { return true; }
+    stream::Value run() const { return stream::Value(v); }
 };
 
 // Operand I of (src1, scale, src2 [, scale2]) as a register operand; `Single` is the
@@ -160,8 +175,9 @@ auto regOperand(const V& v)
 }
 
 // `Align`: the form branches on 16-byte alignment, in Contiguous layout once on the
-// moving pointers and object strides, in List layout per object.
-template <class Op, int N, bool Align, Lay L, class D, class... W>
+// moving pointers and object strides, in List layout per object. `Flat`: arrays of
+// Contiguous objects lying back to back run as one vector.
+template <class Op, int N, bool Align, bool Flat, Lay L, class D, class... W>
 vorxStatus packedArray(const D& d, uint32_t count, W... w)
 {
     auto before = [&] { (w.prepare(), ...); };
@@ -177,6 +193,11 @@ vorxStatus packedArray(const D& d, uint32_t count, W... w)
         return eachObject(count, one, w.v..., d);
     };
     auto objects = [&] {
+        if constexpr (Flat)
+            if (d.os == 4 * N && (w.tight() && ...) && count <= 0xffffffffu / N) {
+                flat<Op>(d.x, count * N, w.run()...);
+                return kOk;
+            }
         if constexpr (Align && L == Lay::C)
             if (sse::aligned16(d.x) && (d.os & 15) == 0 && (w.aligned() && ...)) return loop(std::true_type{});
         return loop(std::false_type{});
@@ -187,7 +208,7 @@ vorxStatus packedArray(const D& d, uint32_t count, W... w)
 template <class Op, int N, int Single, bool Align, Lay L, size_t... I, class D, class... S>
 vorxStatus packedArrayOf(std::index_sequence<I...>, const D& d, uint32_t count, const S&... s)
 {
-    return packedArray<Op, N, Align, L>(d, count, regOperand<N, Single, I>(s)...);
+    return packedArray<Op, N, Align, Single == 0 && L == Lay::C, L>(d, count, regOperand<N, Single, I>(s)...);
 }
 
 template <class Op, int N, bool Align, class D, class... S>
