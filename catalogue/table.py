@@ -86,17 +86,18 @@ ROWS = [
 
     # Saxpy and linear combination: each scale stands behind the vector it weights.
     dict(family="Saxpy", codes="vv vav vva vava", sizes="vector",
-         args="src1:@1 scale:val src2:@2 dst:*v #len count?"),
+         args="src1:@1 scale:val src2:@2 dst:*v #len count?", built=True),
     dict(family="LComb", codes="vv vav vava", sizes="vector",
-         args="src1:@1 scale1:val src2:@2 scale2:val dst:*v #len count?"),
+         args="src1:@1 scale1:val src2:@2 scale2:val dst:*v #len count?", built=True),
 
     # Dot product and L2 norm give one scalar per object, adjacent, whatever the layout.
     dict(family="DotProduct", codes="vv vav vava", sizes="vector",
-         args="src1:@1 src2:@2 dst:res #len count?"),
-    dict(family="L2Norm", codes="v va", sizes="vector", args="src:@1 dst:res #len count?"),
-    # The cross product exists at length 3 only; one unit per group.
+         args="src1:@1 src2:@2 dst:res #len count?", built=True),
+    dict(family="L2Norm", codes="v va", sizes="vector", args="src:@1 dst:res #len count?", built=True),
+    # The cross product exists at length 3 only (no size argument); one unit per group.
     dict(family="CrossProduct", codes="vv vav vva vava", sizes="3x1",
-         args="src1:@1 src2:@2 dst:*v count?", unit=lambda f: "vorxcrossproduct_" + f.group),
+         args="src1:@1[3] src2:@2[3] dst:*v[3] count?", unit=lambda f: "vorxcrossproduct_" + f.group,
+         built=True),
 
     # Multiplication by a constant, which is always the second operand.
     dict(family="Mul", codes="vc vac", sizes="vector", args=VEC_SOURCE_VALUE, built=True),
