@@ -3,6 +3,8 @@
 #
 #   scripts/fuzz.sh SECONDS        fuzz for that long from the committed seed corpus
 #   scripts/fuzz.sh --replay FILE  run one input, e.g. a finding the fuzzer left
+#   scripts/fuzz.sh --only PREFIX SECONDS
+#                                  fuzz only the functions whose names begin with PREFIX
 #
 # Findings go to build/fuzz/findings/; new inputs to build/fuzz/corpus/.
 set -eu
@@ -15,6 +17,10 @@ cmake -S . -B "$build" -DCMAKE_TOOLCHAIN_FILE="$root/cmake/fuzz-toolchain.cmake"
 cmake --build "$build" -j"$(nproc)" --target vorx_fuzz >/dev/null
 export ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=1:abort_on_error=1}
 export UBSAN_OPTIONS=${UBSAN_OPTIONS:-print_stacktrace=1}
+if [ "${1:-}" = "--only" ]; then
+    export VORX_FUZZ_ONLY=$2
+    shift 2
+fi
 if [ "${1:-}" = "--replay" ]; then
     exec "$build/tests/vorx_fuzz" "$2"
 fi

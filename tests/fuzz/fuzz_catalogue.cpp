@@ -10,6 +10,8 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <string_view>
+#include <vector>
 
 #include "harness.h"
 
@@ -102,13 +104,31 @@ std::string run(FuzzedDataProvider& in, const CatalogueEntry& e, const Model& m)
     return verify(m, s, null);
 }
 
+// The entries the input chooses from: the whole catalogue, or those whose names begin
+// with VORX_FUZZ_ONLY (scripts/fuzz.sh --only PREFIX).
+const std::vector<const CatalogueEntry*>& chosen()
+{
+    static const std::vector<const CatalogueEntry*> list = [] {
+        const char* only = std::getenv("VORX_FUZZ_ONLY");
+        std::string_view prefix = only ? only : "";
+        std::vector<const CatalogueEntry*> v;
+        for (const CatalogueEntry& e : kCatalogue)
+            if (std::string_view(e.name).starts_with(prefix)) v.push_back(&e);
+        if (v.empty()) {
+            std::fprintf(stderr, "vorx fuzz: no entry begins with %s\n", only);
+            std::exit(2);
+        }
+        return v;
+    }();
+    return list;
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     FuzzedDataProvider in(data, size);
-    constexpr size_t entries = sizeof(kCatalogue) / sizeof(kCatalogue[0]);
-    const CatalogueEntry& e = kCatalogue[in.ConsumeIntegral<uint16_t>() % entries];
+    const CatalogueEntry& e = *chosen()[in.ConsumeIntegral<uint16_t>() % chosen().size()];
     const Model* m = modelFor(e);
     if (!m) {
         std::fprintf(stderr, "%s has no model\n", e.name);
