@@ -86,58 +86,65 @@ ROWS = [
 
     # Saxpy and linear combination: each scale stands behind the vector it weights.
     dict(family="Saxpy", codes="vv vav vva vava", sizes="vector",
-         args="src1:@1 scale:val src2:@2 dst:*v #len count?"),
+         args="src1:@1 scale:val src2:@2 dst:*v #len count?", built=True),
     dict(family="LComb", codes="vv vav vava", sizes="vector",
-         args="src1:@1 scale1:val src2:@2 scale2:val dst:*v #len count?"),
+         args="src1:@1 scale1:val src2:@2 scale2:val dst:*v #len count?", built=True),
 
     # Dot product and L2 norm give one scalar per object, adjacent, whatever the layout.
     dict(family="DotProduct", codes="vv vav vava", sizes="vector",
-         args="src1:@1 src2:@2 dst:res #len count?"),
-    dict(family="L2Norm", codes="v va", sizes="vector", args="src:@1 dst:res #len count?"),
-    # The cross product exists at length 3 only; one unit per group.
+         args="src1:@1 src2:@2 dst:res #len count?", built=True),
+    dict(family="L2Norm", codes="v va", sizes="vector", args="src:@1 dst:res #len count?", built=True),
+    # The cross product exists at length 3 only (no size argument); one unit per group.
     dict(family="CrossProduct", codes="vv vav vva vava", sizes="3x1",
-         args="src1:@1 src2:@2 dst:*v count?", unit=lambda f: "vorxcrossproduct_" + f.group),
+         args="src1:@1[3] src2:@2[3] dst:*v[3] count?", unit=lambda f: "vorxcrossproduct_" + f.group,
+         built=True),
 
     # Multiplication by a constant, which is always the second operand.
-    dict(family="Mul", codes="vc vac", sizes="vector", args=VEC_SOURCE_VALUE),
+    dict(family="Mul", codes="vc vac", sizes="vector", args=VEC_SOURCE_VALUE, built=True),
     dict(family="Mul", codes="mc mTc mac maTc", sizes="matrix",
-         args="src:@1 value:val dst:*m #width #height count?"),
+         args="src:@1 value:val dst:*m #width #height count?", built=True),
     # Matrix by vector: the sizes stand behind their own operand, as in matrix by matrix.
+    # Every form runs src1Height results of src1Width terms, so src2 is read over
+    # src1Width elements whatever src2Len says (they differ in non-square mTv calls).
     dict(family="Mul", codes="mv mTv mva mTva mav maTv mava maTva", sizes="matrix",
-         args="src1:@1[^src1Height,src1Width] #src1Width #src1Height src2:@2[src2Len] #src2Len "
-              "dst:*v[src1Height] count?"),
+         args="src1:@1[^src1Height,src1Width] #src1Width #src1Height src2:@2[src1Width] #src2Len "
+              "dst:*v[src1Height] count?", built=True),
     # Gaxpy names only the vectors' kind; the one matrix is never an array.
     dict(family="Gaxpy", codes="v va", sizes="matrix",
-         args="src1:m src2:@1[width] src3:@1[height] dst:*v[height] #width #height count?"),
+         args="src1:m src2:@1[width] src3:@1[height] dst:*v[height] #width #height count?", built=True),
 
     # Matrix functionals: the sizes come before the scalar results.
     dict(family="Trace", codes="m ma", sizes="matrix",
-         args="src:@1 #widthHeight dst:res count?"),
+         args="src:@1 #widthHeight dst:res count?", built=True),
     dict(family="FrobNorm", codes="m ma", sizes="matrix",
-         args="src:@1 #width #height dst:res count?"),
-    # The sizes of the transpose are those of the source.
+         args="src:@1 #width #height dst:res count?", built=True),
+    # The sizes of the transpose are those of the source; dst has `width` rows.
     dict(family="Transpose", codes="m ma", sizes="matrix",
-         args="src:@1 #width #height dst:*m[width,height] count?"),
+         args="src:@1 #width #height dst:*m[width,height] count?", built=True),
 
     # Layout converters, any size only, one unit per element type. Copy names the
     # source's and the destination's layout by one letter each.
     dict(family="Copy", codes="va", sizes="generic", layouts=COPY_PAIRS,
-         args="src:@1/1 dst:@1/2 #len count?", unit=lambda f: "vorxcopy" + f.tname),
+         args="src:@1/1 dst:@1/2 #len count?", unit=lambda f: "vorxcopy" + f.tname, built=True),
     dict(family="Copy", codes="ma", sizes="generic", layouts=COPY_PAIRS,
-         args="src:@1/1 dst:@1/2 #width #height count?", unit=lambda f: "vorxcopy" + f.tname),
+         args="src:@1/1 dst:@1/2 #width #height count?", unit=lambda f: "vorxcopy" + f.tname,
+         built=True),
     # Extract gathers into a dense buffer and has no Contiguous form.
     dict(family="Extract", codes="v", sizes="generic", layouts=["S2", "P"],
-         args="src:@1 dst:Tp #len count?", unit=lambda f: "vorxextract" + f.tname),
+         args="src:@1 dst:Tp #len count?", unit=lambda f: "vorxextract" + f.tname, built=True),
     dict(family="Extract", codes="va", sizes="generic", layouts=["S2", "PS2", "LS2"],
-         args="src:@1 dst:Tp #len count?", unit=lambda f: "vorxextract" + f.tname),
+         args="src:@1 dst:Tp #len count?", unit=lambda f: "vorxextract" + f.tname, built=True),
     dict(family="Extract", codes="m mT", sizes="generic", layouts=["S2", "P"],
          args="src:@1 dst:Tp[objects*width*height] #width #height count?",
-         unit=lambda f: "vorxextract" + f.tname),
+         unit=lambda f: "vorxextract" + f.tname, built=True),
     dict(family="Extract", codes="ma maT", sizes="generic", layouts=["S2", "PS2", "LS2"],
          args="src:@1 dst:Tp[objects*width*height] #width #height count?",
-         unit=lambda f: "vorxextract" + f.tname),
+         unit=lambda f: "vorxextract" + f.tname, built=True),
+    # The running diagonal of LoadIdentity puts the 1.0 of object k, row i at column
+    # k*height + i: the rows the harness lays out reach that far.
     dict(family="LoadIdentity", codes="ma", sizes="generic", layouts=["S", "P", "L"],
-         args="dst:@1/1 #width #height count?", unit=lambda f: "vorxload"),
+         args="dst:@1/1[height,width+objects*height] #width #height count?",
+         unit=lambda f: "vorxload", built=True),
 
     # Determinant: the any-size forms eliminate in a caller's scratch buffer, the
     # fixed sizes have closed forms and no buffer.
@@ -160,18 +167,21 @@ ROWS = [
 
     # Cholesky: the fixed sizes forward to the any-size form, one unit per group.
     dict(family="CholeskyDecomp", codes="m ma", sizes="matrix",
-         args="src:@1 dst:*m #widthHeight count?", unit=lambda f: "vorxcholdecomp_" + f.group),
+         args="src:@1 dst:*m #widthHeight count?", unit=lambda f: "vorxcholdecomp_" + f.group,
+         built=True),
     dict(family="CholeskyBackSubst", codes="mv mva mava", sizes="matrix",
          args="src1:@1 src2:@2 dst:*v #widthHeight count?",
-         unit=lambda f: "vorxcholbacksubst_" + f.group),
+         unit=lambda f: "vorxcholbacksubst_" + f.group, built=True),
 
     # QR: a scratch vector of `height` elements stands before dst (before src2 in
     # the back substitution).
     dict(family="QRDecomp", codes="m ma", sizes="matrix",
-         args="src:@1 scratch:Tp[height] dst:*m #width #height count?"),
+         args="src:@1 scratch:Tp[height] dst:*m #width #height count?", built=True),
     dict(family="QRBackSubst", codes="mv mava", sizes="matrix",
-         args="src1:@1 scratch:Tp[height] src2:@2[height] dst:*v[width] #width #height count?"),
+         args="src1:@1 scratch:Tp[height] src2:@2[height] dst:*v[width] #width #height count?",
+         built=True),
     # One matrix for all right sides, with the unread object stride of the mava list.
     dict(family="QRBackSubst", codes="mva", sizes="matrix",
-         args="src1:mq scratch:Tp[height] src2:@2[height] dst:*v[width] #width #height count?"),
+         args="src1:mq scratch:Tp[height] src2:@2[height] dst:*v[width] #width #height count?",
+         built=True),
 ]

@@ -82,10 +82,12 @@ T randomValue(std::mt19937& rng, int scaleExp = 3)
 
 struct Options {
     int misalign = -1;   // base address modulo 16; -1: random
+    bool align16 = false;  // every object, row and list entry on 16 bytes (drawn strides rounded up)
     bool tight = false;  // Contiguous rows and objects with no padding at all
     bool zeroObjectStride = false;
     // Strides and shift in bytes, of any sign, instead of drawn ones.
     bool explicitStrides = false;
+    bool wholeElements = false;  // a drawn element stride rounded down to whole elements
     int32_t os = 0, rs = 0, es = 0, bs = 0;
     // Guarded: the memory ends `slack` bytes behind the last byte of any element
     // (the reads past an operand a function may make), and an inaccessible page
@@ -184,8 +186,10 @@ public:
             bs_ = pointer || list ? o.bs : 0;
         } else {
             es_ = strided ? E + pad(0, 5) : E;
+            if (o.wholeElements) es_ -= es_ % E;
             rs_ = static_cast<int32_t>((width - 1) * es_ + E) + (o.tight ? 0 : pad(0, 7));
             bs_ = pointer || list ? pad(-9, 9) : 0;
+            if (o.align16) rs_ = up16(rs_), bs_ = 0;
         }
         // Offsets of the elements of one object from its origin, and their extent.
         int64_t lo = 0, hi = 0;
@@ -196,7 +200,7 @@ public:
                 hi = std::max(hi, at + E);
             }
         const int64_t objBytes = hi - lo;
-        const int64_t lead = 64 + (o.misalign >= 0 ? o.misalign : pad(0, 15));
+        const int64_t lead = 64 + (o.align16 ? 0 : o.misalign >= 0 ? o.misalign : pad(0, 15));
         offsets_.assign(static_cast<size_t>(count_) * rows * cols, 0);
         std::vector<std::pair<int64_t, int64_t>> planted;  // cell, then pointer slot
         int64_t end = 0;
@@ -207,6 +211,7 @@ public:
         if (!pointer && !list) {
             if (o.explicitStrides) os_ = array ? o.os : 0;
             else os_ = o.zeroObjectStride ? 0 : static_cast<int32_t>(objBytes) + (o.tight ? 0 : pad(0, 9));
+            if (o.align16 && !o.explicitStrides) os_ = up16(os_);
             int64_t klo = std::min<int64_t>(0, int64_t(count_ - 1) * os_);
             for (uint32_t k = 0; k < count_; ++k)
                 for (uint32_t i = 0; i < rows; ++i)
@@ -235,6 +240,7 @@ public:
         } else {
             os_ = 0;
             int64_t region = objBytes + pad(0, 9);
+            if (o.align16) region = up16(region);
             std::vector<uint32_t> order(count_);
             for (uint32_t k = 0; k < count_; ++k) order[k] = k;
             shuffle(order, rng);
@@ -347,6 +353,7 @@ public:
     }
 
 private:
+    template <class I> static I up16(I n) { return (n + 15) / 16 * 16; }
     unsigned char* mem(int64_t at) { return arena_.data() + at; }
     size_t offset(uint32_t k, uint32_t i, uint32_t j) const
     {
@@ -442,6 +449,15 @@ T addOrSub(bool sub, T a, T b)
         long double x = a, y = b;
         return roundToDouble(sub ? x - y : x + y);
     }
+}
+
+// One step of a sum of products held in dst: 32f rounded at the product and the
+// sum, 64f formed at extended precision and rounded to double at the store.
+template <class T>
+T plusProduct(T s, T x, T y)
+{
+    if constexpr (sizeof(T) == 4) return f32::add(s, f32::mul(x, y));
+    else return roundToDouble(static_cast<long double>(s) + static_cast<long double>(x) * y);
 }
 
 template <class T>

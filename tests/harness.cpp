@@ -391,6 +391,7 @@ std::string verify(const Model& m, Specimen<T>& s, const Null& null, bool record
             const Arg<T>* a = s.find(null.op);
             const OperandSpec& spec = *a->spec;
             EntryRule rule = m.entryRule(e, spec);
+            if (m.entryFollowed(e, spec, s.d, null.index)) return "";
             if (want != vorxStatusBadSize) switch (rule) {
                 case EntryRule::Scan:
                     want = vorxStatusNullPointer;
@@ -399,9 +400,9 @@ std::string verify(const Model& m, Specimen<T>& s, const Null& null, bool record
                 case EntryRule::PerObject:
                     if (null.index < s.d.count) {
                         Specimen<T> upTo = in;
-                        upTo.d.count = null.index;
+                        upTo.d.count = m.objectsBeforeNullEntry(e, spec, null.index, s.d.count);
                         out = in;
-                        vorxStatus before = null.index ? m.predict(upTo, out) : vorxStatusOk;
+                        vorxStatus before = upTo.d.count ? m.predict(upTo, out) : vorxStatusOk;
                         want = before != vorxStatusOk ? before : vorxStatusNullPointer;
                     }
                     break;
@@ -437,12 +438,16 @@ std::string verify(const Model& m, Specimen<T>& s, const Null& null, bool record
     if (!null.op.empty())
         where += " null " + null.op + (null.entry ? "[" + std::to_string(null.index) + "]" : "");
     if (!s.aliasDst.empty()) where += " dst on " + s.aliasDst;
-    if (got != want) return where + ": status " + std::to_string(got) + ", expected " + std::to_string(want);
+    // Under valgrind the x87 unit runs at double width: only memory is checked there.
+    static const bool memcheck = std::getenv("VORX_MEMCHECK") != nullptr;
+    const bool values = !(memcheck && m.extendedPrecision(e));
+    if (got != want && values)
+        return where + ": status " + std::to_string(got) + ", expected " + std::to_string(want);
     for (size_t n = 0; n < s.args.size(); ++n) {
         Arg<T>& a = s.args[n];
         const std::string name = a.spec->name;
         if (a.index) {
-            if (a.index->bytes() != out.args[n].index->bytes()) return where + ": " + name + " differs";
+            if (values && a.index->bytes() != out.args[n].index->bytes()) return where + ": " + name + " differs";
             if (!a.index->guardsIntact()) return where + ": wrote outside " + name;
             continue;
         }
@@ -450,7 +455,7 @@ std::string verify(const Model& m, Specimen<T>& s, const Null& null, bool record
         if (!a.elems->guardsIntact()) return where + ": wrote outside " + name;
         bool asDst = name == "dst" && !s.aliasDst.empty();
         bool aliased = name == s.aliasDst;
-        if (aliased) continue;  // holds dst's results, compared below
+        if (aliased || (a.spec->out && !values)) continue;  // aliased: holds dst's results
         const Laid<T>& actual = asDst ? s.op(s.aliasDst) : *a.elems;
         const Laid<T>& expect = *out.args[n].elems;
         const auto& open = out.open[name];
@@ -540,9 +545,9 @@ std::string verifyEntry(const CatalogueEntry& e, const Dims& d, const Draw& draw
     // Results of ordinary numbers go into the digest that both builds must share
     // (NaN payloads under the emulator follow its own rule; the stack test runs in
     // one build only).
-    bool record = draw.data != Data::Special && draw.stackOffset == 0;
     const Model* m = modelFor(e);
     if (!m) return std::string(e.name) + ": no model";
+    bool record = draw.data != Data::Special && draw.stackOffset == 0 && m->sameOnEveryMachine(e);
     if (isF32(e)) {
         auto s = Specimen<float>::make(e, d, draw);
         return verify(*m, s, null, record);

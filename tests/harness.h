@@ -94,6 +94,8 @@ enum class EntryRule {
     Untested,   // followed as an address: never made null by the harness
 };
 
+bool isF32(const CatalogueEntry& e);
+
 class Model {
 public:
     virtual ~Model() = default;
@@ -108,6 +110,20 @@ public:
     // A single-object Pointer call that meets null entry `entry` of `op`: how many
     // result elements (row-major) stand written before it, if the family says.
     virtual bool writtenBefore(const CatalogueEntry&, const OperandSpec&, uint32_t, uint32_t&) const { return false; }
+    // Whether results depend on the x87 unit's extended format (not compared under
+    // valgrind, which runs that unit at double width).
+    virtual bool extendedPrecision(const CatalogueEntry& e) const { return !isF32(e); }
+    // A List-layout array call of `count` objects that meets null list entry `entry`:
+    // how many objects stand written before it (all before it, but where entries are
+    // tested a block of objects at a time).
+    virtual uint32_t objectsBeforeNullEntry(const CatalogueEntry&, const OperandSpec&, uint32_t entry, uint32_t) const { return entry; }
+    // Whether the results are the same on every machine. They are not where a path
+    // takes an estimate instruction (rsqrtps, rcpps), which the emulator computes
+    // exactly: such results stay out of the digest the two builds compare.
+    virtual bool sameOnEveryMachine(const CatalogueEntry&) const { return true; }
+    // An entry of a table the family scans that it reads without testing: a null
+    // there is followed as an address, so the harness never plants one.
+    virtual bool entryFollowed(const CatalogueEntry&, const OperandSpec&, const Dims&, uint32_t) const { return false; }
     // Whether a null top-level pointer is refused (-8) rather than followed.
     virtual bool nullChecked(const CatalogueEntry&, const OperandSpec&) const { return true; }
     // Operands whose storage dst may share (same layout and strides).
@@ -133,6 +149,28 @@ public:
     vorxStatus predict(const Specimen<double>& in, Specimen<double>& out) const override
     {
         return static_cast<const M*>(this)->template run<double>(in, out);
+    }
+};
+
+// A model of a family of sums of products: its random sources have mixed
+// magnitudes (2^-6 to 2^6), so that the order and the width of every sum show.
+template <class M>
+class MixedModelOf : public ModelOf<M> {
+public:
+    void fill(Specimen<float>& s, Data data, std::mt19937& rng) const override { mixed(s, data, rng); }
+    void fill(Specimen<double>& s, Data data, std::mt19937& rng) const override { mixed(s, data, rng); }
+
+private:
+    template <class T>
+    void mixed(Specimen<T>& s, Data data, std::mt19937& rng) const
+    {
+        Model::fill(s, data, rng);
+        if (data != Data::Random) return;
+        for (auto& a : s.args)
+            if (a.elems && !a.spec->out)
+                a.elems->fill([&](uint32_t, uint32_t, uint32_t) {
+                    return randomValue<T>(rng, static_cast<int>(rng() % 13) - 6);
+                });
     }
 };
 

@@ -153,11 +153,7 @@ void checkReached(const char* name, const char* op, uint32_t bad, uint32_t at, u
         if (n > at) EXPECT_TRUE(c.untouched("dst", 0, i, j)) << name << " element " << n;
         if (n != at || std::string_view(op) == "dst") continue;
         T s = 0;  // from +0.0, each partial sum stored
-        for (uint32_t k = 0; k < terms; ++k) {
-            T x = c.before.in("src1", 0, i, k), y = c.before.in("src2", 0, k, j);
-            if constexpr (sizeof(T) == 4) s = vt::f32::add(s, vt::f32::mul(x, y));
-            else s = vt::roundToDouble(static_cast<long double>(s) + static_cast<long double>(x) * y);
-        }
+        for (uint32_t k = 0; k < terms; ++k) s = vt::plusProduct(s, c.before.in("src1", 0, i, k), c.before.in("src2", 0, k, j));
         EXPECT_TRUE(vt::sameBits(c.s.op("dst").get(0, i, j), s)) << name << " partial sum";
     }
 }

@@ -8,6 +8,7 @@
 #pragma once
 
 #include "../frame/checks.h"
+#include "../frame/elements.h"
 #include "../frame/sse.h"
 #include "../frame/x87.h"
 
@@ -24,26 +25,6 @@ inline long double mag(float x) { return __builtin_fabsl(wide(x)); }
 inline long double mag(double x) { return __builtin_fabsl(wide(x)); }
 template <class T>
 inline bool passes(T p) { return mag(p) >= kThreshold; }
-
-// A plain copy of an element, bit for bit: a 64f value never passes through an x87
-// register, which would quieten a signalling NaN. The empty asm makes the first
-// arithmetic read load the element from where it was stored, not a copy of the
-// integer register bounced through the stack.
-template <class T>
-inline void copyBits(T* to, const T* from)
-{
-    __builtin_memcpy(to, from, sizeof(T));
-    __asm__("" : "+m"(*to));
-}
-
-// Stores a wide value rounded to double straight into its element; the empty asm
-// makes every later read of the element go back to memory, never to the unrounded
-// register.
-inline void storeRounded(double* e, long double x)
-{
-    *e = static_cast<double>(x);
-    __asm__("" : "+m"(*e));
-}
 
 // One elimination step on element type T: `scale` turns dst[r][k] into the
 // multiplier m = dst[r][k] / p (a true division, stored) and returns the negated

@@ -92,7 +92,7 @@ const InPlace kInPlace[] = {
 };
 bool listed(const char* words, std::string_view w) { return std::string_view(words).find(" " + std::string(w) + " ") != std::string_view::npos; }
 
-class MulMatrix : public ModelOf<MulMatrix> {
+class MulMatrix : public MixedModelOf<MulMatrix> {
 public:
     bool covers(const CatalogueEntry& e) const override
     {
@@ -169,10 +169,6 @@ public:
         return name == "src2" && oneOf(e.code, {"mam", "mamT", "maTm", "maTmT"}) && (packed(e) || held(e));
     }
 
-    // Mixed magnitudes, so that the order and the width of every sum show.
-    void fill(Specimen<float>& s, Data data, std::mt19937& rng) const override { mixed(s, data, rng); }
-    void fill(Specimen<double>& s, Data data, std::mt19937& rng) const override { mixed(s, data, rng); }
-
     template <class T>
     vorxStatus run(const Specimen<T>& in, Specimen<T>& out) const
     {
@@ -195,18 +191,6 @@ public:
     }
 
 private:
-    template <class T>
-    void mixed(Specimen<T>& s, Data data, std::mt19937& rng) const
-    {
-        Model::fill(s, data, rng);
-        if (data != Data::Random) return;
-        for (auto& a : s.args)
-            if (a.elems && !a.spec->out)
-                a.elems->fill([&](uint32_t, uint32_t, uint32_t) {
-                    return randomValue<T>(rng, static_cast<int>(rng() % 13) - 6);
-                });
-    }
-
     // One element from its K pairs of factors.
     template <class T>
     static T sum(const CatalogueEntry& e, const std::vector<T>& x, const std::vector<T>& y)

@@ -1,0 +1,3 @@
+// Dot product of an array of vectors and one vector, length given at run time: 32f and 64f, all layouts.
+#include "vecalg/reduce.h"
+#include "vorxdotproduct_vav.inc"

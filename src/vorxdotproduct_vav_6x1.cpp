@@ -1,0 +1,3 @@
+// Dot product of an array of vectors and one vector, length 6: 32f and 64f, all layouts.
+#include "vecalg/reduce.h"
+#include "vorxdotproduct_vav_6x1.inc"

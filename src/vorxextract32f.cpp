@@ -1,0 +1,3 @@
+// Extract of any operand into a dense buffer, 32f.
+#include "shape/extract.h"
+#include "vorxextract32f.inc"

@@ -1,0 +1,3 @@
+// Linear combination of an array of vectors and one vector, length 4: 32f and 64f, all layouts.
+#include "vecalg/weighted.h"
+#include "vorxlcomb_vav_4x1.inc"

@@ -1,0 +1,3 @@
+// Linear combination of two vectors, length 4: 32f and 64f, Contiguous, Strided and Pointer layouts.
+#include "vecalg/weighted.h"
+#include "vorxlcomb_vv_4x1.inc"

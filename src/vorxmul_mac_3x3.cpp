@@ -1,0 +1,3 @@
+// Multiplication of an array of matrices, plain or transposed, by a constant, size 3x3: 32f and 64f, all layouts.
+#include "elementwise/scale.h"
+#include "vorxmul_mac_3x3.inc"

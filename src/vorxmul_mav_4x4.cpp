@@ -1,0 +1,3 @@
+// Multiplication of an array of matrices, plain or transposed, by one vector, size 4x4: 32f and 64f, all layouts.
+#include "products/matvec.h"
+#include "vorxmul_mav_4x4.inc"

@@ -1,0 +1,3 @@
+// Multiplication of an array of vectors by a constant, length 5: 32f and 64f, all layouts.
+#include "elementwise/scale.h"
+#include "vorxmul_vac_5x1.inc"

@@ -1,0 +1,3 @@
+// QR back substitution, one factor and one right side, order 4: 32f and 64f, all layouts.
+#include "qr/backsubst.h"
+#include "vorxqrbacksubst_mv_4x4.inc"

@@ -1,0 +1,3 @@
+// QR back substitution, one factor for an array of right sides, order 4: 32f and 64f, all layouts.
+#include "qr/backsubst.h"
+#include "vorxqrbacksubst_mva_4x4.inc"

@@ -1,0 +1,3 @@
+// Saxpy of an array of vectors and one vector, length 4: 32f and 64f, all layouts.
+#include "vecalg/weighted.h"
+#include "vorxsaxpy_vav_4x1.inc"

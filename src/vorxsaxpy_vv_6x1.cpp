@@ -1,0 +1,3 @@
+// Saxpy of two vectors, length 6: 32f and 64f, Contiguous, Strided and Pointer layouts.
+#include "vecalg/weighted.h"
+#include "vorxsaxpy_vv_6x1.inc"

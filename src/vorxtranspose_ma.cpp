@@ -1,0 +1,3 @@
+// Transpose of an array of matrices, size given at run time: 32f and 64f, all layouts.
+#include "shape/transpose.h"
+#include "vorxtranspose_ma.inc"

@@ -1,0 +1,123 @@
+// The catalogue fuzzer: the input chooses an entry, its sizes and count, the strides
+// and byte shifts of every operand (odd, negative, zero for sources), the data,
+// aliasing where the family promises it, and a null pointer at the top level or in a
+// table or list. Every operand lies in guarded memory: guard bytes around every
+// element, an inaccessible page behind the last byte the function may read. The
+// harness then checks the call against the family's model: status (and so the order
+// of the checks), every output element, no byte written outside the outputs, the
+// sources unchanged. A difference aborts with its description.
+#include <fuzzer/FuzzedDataProvider.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "harness.h"
+
+namespace vt {
+std::set<std::string>& calledNames()
+{
+    static thread_local std::set<std::string> names;
+    return names;
+}
+void digest(const std::vector<unsigned char>&) {}
+void digest(int32_t) {}
+}  // namespace vt
+
+namespace {
+
+using namespace vt;
+
+// Strides of one operand of `rows` x `cols` stored elements of E bytes: elements
+// that never share bytes (outputs, and the source dst shares), or anything at all.
+void drawStrides(FuzzedDataProvider& in, Options& o, int32_t E, uint32_t rows, uint32_t cols, bool apart)
+{
+    auto sign = [&] { return in.ConsumeBool() ? -1 : 1; };
+    auto pad = [&](int hi) { return in.ConsumeIntegralInRange<int32_t>(0, hi); };
+    o.explicitStrides = true;
+    if (apart) {
+        o.es = sign() * (E + pad(2 * E));
+        int32_t row = static_cast<int32_t>(std::max(cols, 1u) - 1) * std::abs(o.es) + E;
+        o.rs = sign() * (row + pad(3 * E));
+        o.os = sign() * (static_cast<int32_t>(std::max(rows, 1u) - 1) * std::abs(o.rs) + row + pad(3 * E));
+    } else {
+        o.es = sign() * pad(3 * E);
+        o.rs = sign() * pad(static_cast<int32_t>(cols + 1) * 2 * E);
+        o.os = sign() * pad(static_cast<int32_t>((rows + 1) * (cols + 1)) * 2 * E);
+    }
+    o.bs = in.ConsumeIntegralInRange<int32_t>(-40, 40);
+}
+
+template <class T>
+std::string run(FuzzedDataProvider& in, const CatalogueEntry& e, const Model& m)
+{
+    Dims d = dimsOf(e, 0, 0);
+    for (auto& [name, value] : d.v) {
+        uint8_t b = in.ConsumeIntegral<uint8_t>();
+        value = e.size ? e.size : (b % 16 == 0 ? 0 : 1 + b % 7);
+    }
+    d.count = d.array ? in.ConsumeIntegralInRange<uint32_t>(0, 5) : 1;
+    m.fitDims(e, d);
+    Draw draw;
+    draw.data = static_cast<Data>(in.ConsumeIntegralInRange<int>(0, 2));
+    draw.seed = in.ConsumeIntegral<uint32_t>();
+    std::string alias;
+    for (unsigned n = 0; n < e.operandCount; ++n) {
+        const OperandSpec& o = e.operands[n];
+        if (o.role == 'o' && !o.out && m.inPlace(e, o.name) && in.ConsumeIntegralInRange<int>(0, 3) == 0)
+            alias = o.name;
+    }
+    draw.aliasDst = alias;
+    for (unsigned n = 0; n < e.operandCount; ++n) {
+        const OperandSpec& o = e.operands[n];
+        if (o.role != 'o' && o.role != 'b' && o.role != 'r' && o.role != 'i') continue;
+        Options& opt = draw.options[o.name];
+        opt.guardPage = true;
+        opt.misalign = in.ConsumeIntegralInRange<int>(0, 15);
+        if (o.role == 'o' && in.ConsumeBool()) {
+            uint32_t rows = d.eval(o.rows), cols = d.eval(o.cols);
+            if (isTransposed(o.kind)) std::swap(rows, cols);
+            drawStrides(in, opt, static_cast<int32_t>(sizeof(T)), rows, cols, o.out || alias == o.name);
+        }
+    }
+    if (!alias.empty()) draw.options[alias] = draw.options["dst"];
+    Specimen<T> s = Specimen<T>::make(e, d, draw);
+    Null null;
+    int what = in.ConsumeIntegralInRange<int>(0, 7);
+    std::vector<const OperandSpec*> tops, tables;
+    for (unsigned n = 0; n < e.operandCount; ++n) {
+        const OperandSpec& o = e.operands[n];
+        if ((o.role == 'o' || o.role == 'b' || o.role == 'r' || o.role == 'i') && m.nullChecked(e, o))
+            tops.push_back(&o);
+        if (o.role == 'o' && s.op(o.name).usesTable() && m.entryRule(e, o) != EntryRule::Untested &&
+            o.name != alias && !(o.out && !alias.empty()))
+            tables.push_back(&o);
+    }
+    if (what == 0 && !tops.empty()) {
+        null.op = tops[in.ConsumeIntegralInRange<size_t>(0, tops.size() - 1)]->name;
+    } else if (what == 1 && !tables.empty()) {
+        null.op = tables[in.ConsumeIntegralInRange<size_t>(0, tables.size() - 1)]->name;
+        null.entry = true;
+        null.index = in.ConsumeIntegralInRange<uint32_t>(0, static_cast<uint32_t>(s.op(null.op).tableSize()) - 1);
+    }
+    return verify(m, s, null);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    FuzzedDataProvider in(data, size);
+    constexpr size_t entries = sizeof(kCatalogue) / sizeof(kCatalogue[0]);
+    const CatalogueEntry& e = kCatalogue[in.ConsumeIntegral<uint16_t>() % entries];
+    const Model* m = modelFor(e);
+    if (!m) {
+        std::fprintf(stderr, "%s has no model\n", e.name);
+        std::abort();
+    }
+    std::string why = isF32(e) ? run<float>(in, e, *m) : run<double>(in, e, *m);
+    if (!why.empty()) {
+        std::fprintf(stderr, "vorx fuzz: %s\n", why.c_str());
+        std::abort();
+    }
+    return 0;
+}
