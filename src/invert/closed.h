@@ -9,6 +9,7 @@
 
 #include "det/minors.h"
 #include "det/elim.h"
+#include "frame/elements.h"
 
 namespace vorx::inv {
 
@@ -30,6 +31,11 @@ struct NotOutsideBand {
     template <class V>
     static bool fails(V d) { return !(d <= -kBand<T> || d >= kBand<T>); }
 };
+
+// A result into dst: 64f rounded by a store that later reads of the element see (the
+// scalar 4x4 reads its adjugate back from dst).
+inline void storeTo(float* e, float v) { *e = v; }
+inline void storeTo(double* e, long double v) { storeRounded(e, v); }
 
 // One true division: single precision, or at register width on the x87 unit.
 inline float recip(float d) { return 1.0f / d; }

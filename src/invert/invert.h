@@ -47,7 +47,7 @@ struct Fixed {
         } else {
             using A = det::OwnArith<T>;
             auto a = [&](int i, int j) { return *s.at(k, i, j); };
-            auto put = [&](int i, int j, typename A::V v) { *d.at(k, i, j) = static_cast<T>(v); };
+            auto put = [&](int i, int j, typename A::V v) { storeTo(d.at(k, i, j), v); };
             if constexpr (N == 3) return inverse3<A, InsideBand<T>>(a, put);
             else if constexpr (N == 4)
                 return inverse4<A, InsideBand<T>>(a, put, [&](int i, int j) { return *d.at(k, i, j); });
