@@ -23,7 +23,10 @@ template <class T, int N> void invertS(const T* a, T* d, long os, long rs, long 
 }
 
 template <class T, int N> void invertL(T* const* a, T* const* d, std::size_t n) {
-    for (std::size_t k = 0; k < n; ++k) Map<Mat<T, N>>(d[k]) = Map<const Mat<T, N>>(a[k]).inverse();
+    for (std::size_t k = 0; k < n; ++k) {
+        Map<Mat<T, N>> out(d[k]);
+        out = Map<const Mat<T, N>>(a[k]).inverse();
+    }
 }
 
 #include "invert_instances.inc"

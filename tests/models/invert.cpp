@@ -378,6 +378,8 @@ public:
     {
         return name == "src" && packedForm(e) && e.size <= 4;
     }
+    // The packed forms hold the processor's reciprocal estimate (exact under the emulator).
+    bool sameOnEveryMachine(const CatalogueEntry& e) const override { return !packedForm(e); }
 
     template <class T>
     vorxStatus run(const Specimen<T>& in, Specimen<T>& out) const
