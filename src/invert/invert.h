@@ -30,7 +30,7 @@ struct Fixed {
     static constexpr bool kPacked = sizeof(T) == 4 && adjacent(L);
 
     template <class S, class D>
-    static bool object(const S& s, const D& d, uint32_t k)
+    [[gnu::always_inline]] static inline bool object(const S& s, const D& d, uint32_t k)
     {
         if constexpr (kPacked) {
             auto src = [&](int i) { return s.row(k, i); };
