@@ -46,12 +46,22 @@ struct Fixed {
             else return packed::inversePivoted<N>(src, dst);
         } else {
             using A = det::OwnArith<T>;
-            auto a = [&](int i, int j) { return *s.at(k, i, j); };
             auto put = [&](int i, int j, typename A::V v) { storeTo(d.at(k, i, j), v); };
+            auto a = [&](int i, int j) { return *s.at(k, i, j); };
             if constexpr (N == 3) return inverse3<A, InsideBand<T>>(a, put);
             else if constexpr (N == 4)
                 return inverse4<A, InsideBand<T>>(a, put, [&](int i, int j) { return *d.at(k, i, j); });
-            else return partitioned<A, T, N, typename FirstBlock<Tag, T, N, L>::Test>(a, put);
+            else {
+                // The partitions address columns through a run-time table: the object
+                // first into a local copy, bit for bit.
+                T m[N][N];
+#pragma GCC unroll 6
+                for (int i = 0; i < N; ++i)
+#pragma GCC unroll 6
+                    for (int j = 0; j < N; ++j) elim::take(m[i][j], s, k, i, j);
+                return partitioned<A, T, N, typename FirstBlock<Tag, T, N, L>::Test>(
+                    [&](int i, int j) { return m[i][j]; }, put);
+            }
         }
     }
 
