@@ -162,8 +162,8 @@ ROWS = [
 
     # Inversion: the same split between any size with scratch and fixed sizes without.
     dict(family="Invert", codes="m ma", sizes="generic",
-         args="src:@1 #size scratch:Tp[size*size+size] dst:*m count?"),
-    dict(family="Invert", codes="m ma", sizes="square", args="src:@1 dst:*m #size count?"),
+         args="src:@1 #size scratch:Tp[size*size+size] dst:*m count?", built=True),
+    dict(family="Invert", codes="m ma", sizes="square", args="src:@1 dst:*m #size count?", built=True),
 
     # Cholesky: the fixed sizes forward to the any-size form, one unit per group.
     dict(family="CholeskyDecomp", codes="m ma", sizes="matrix",

@@ -9,6 +9,7 @@
 
 #include "../frame/checks.h"
 #include "../frame/elements.h"
+#include "../frame/pairs.h"
 #include "../frame/sse.h"
 #include "../frame/x87.h"
 
@@ -182,16 +183,6 @@ vorxStatus factorise(const S& src, uint32_t* perm, const D& dst, uint32_t n, uin
     return kOk;
 }
 
-// Table scan of the Pointer layouts: src[k] then dst[k] for every element.
-template <class S, class D>
-bool tablesOk(const S& s, const D& d, uint32_t entries)
-{
-    if constexpr (IsElemTable<S>::value)
-        for (uint32_t k = 0; k < entries; ++k)
-            if (!s.entry(k) || !d.entry(k)) return false;
-    return true;
-}
-
 template <class T, int N, bool Packed>
 struct DecompArray {
     template <class S, class D>
@@ -201,7 +192,7 @@ struct DecompArray {
         if (N == 0 && size == 0) return kBadSize;
         s = s.withShape(size, size);
         d = d.withShape(size, size);
-        if (!lu::tablesOk(s, d, size * size)) return kNull;
+        if (!pairsOk(s, d, size * size)) return kNull;
         for (uint32_t n = 0; n < count; ++n) {
             if (!listsOk(n, s, d)) return kNull;
             vorxStatus st = factorise<T, N, Packed>(s, perm + n * size, d, n, size);

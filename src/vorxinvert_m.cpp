@@ -1,0 +1,3 @@
+// Inversion of one matrix, order given at run time: 32f and 64f, all layouts.
+#include "invert/invert.h"
+#include "vorxinvert_m.inc"
