@@ -234,41 +234,38 @@ enum class op : int;  // one per form, listed below by the generator
 // Slot kinds: operand kinds of the catalogue, then the plain arguments.
 enum class sk { v, va, m, ma, mT, maT, mq, val, res, idx, cidx, buf };
 
+// What an argument is, as one small number: 1..6 a view of kind v va m ma mT maT,
+// 7 a number, 8 a pointer to writable float or double, 9 uint32_t*, 10 const uint32_t*.
+template <class A>
+constexpr uint32_t arg_code()
+{
+    using D = std::decay_t<A>;
+    if constexpr (is_view<D>::value)
+        return !D::matrix ? (D::array ? 2 : 1) : 3 + (D::array ? 1 : 0) + (D::tr ? 2 : 0);
+    else if constexpr (std::is_arithmetic_v<D>)
+        return 7;
+    else if constexpr (std::is_same_v<D, float*> || std::is_same_v<D, double*>)
+        return 8;
+    else if constexpr (std::is_same_v<D, uint32_t*>)
+        return 9;
+    else if constexpr (std::is_same_v<D, const uint32_t*>)
+        return 10;
+    else
+        return 0;
+}
+
 // Pair: 1 or 2 where the layout suffix names the operand's layout by a letter.
 template <sk K, bool Out = false, int Pair = 0>
 struct slot {
     static constexpr sk kind = K;
     static constexpr bool out = Out;
     static constexpr int pair = Pair;
-    template <class A>
-    static constexpr bool fits()
-    {
-        using D = std::decay_t<A>;
-        if constexpr (K == sk::val)
-            return std::is_arithmetic_v<D>;
-        else if constexpr (K == sk::res || K == sk::buf)
-            return std::is_pointer_v<D> && (std::is_same_v<std::remove_pointer_t<D>, float> ||
-                                            std::is_same_v<std::remove_pointer_t<D>, double>);
-        else if constexpr (K == sk::idx)
-            return std::is_same_v<D, uint32_t*>;
-        else if constexpr (K == sk::cidx)
-            return std::is_same_v<D, uint32_t*> || std::is_same_v<D, const uint32_t*>;
-        else if constexpr (!is_view<D>::value)
-            return false;
-        else {
-            constexpr bool vector = !D::matrix;
-            switch (K) {
-            case sk::v: return vector && !D::array;
-            case sk::va: return vector && D::array;
-            case sk::m:
-            case sk::mq: return D::matrix && !D::array && !D::tr;
-            case sk::ma: return D::matrix && D::array && !D::tr;
-            case sk::mT: return D::matrix && !D::array && D::tr;
-            case sk::maT: return D::matrix && D::array && D::tr;
-            default: return false;
-            }
-        }
-    }
+    // The argument codes (arg_code) the slot accepts.
+    static constexpr uint32_t mask = K == sk::val ? 1u << 7 : (K == sk::res || K == sk::buf) ? 1u << 8
+                                     : K == sk::idx ? 1u << 9 : K == sk::cidx ? (1u << 9 | 1u << 10)
+                                     : K == sk::v ? 1u << 1 : K == sk::va ? 1u << 2
+                                     : (K == sk::m || K == sk::mq) ? 1u << 3 : K == sk::ma ? 1u << 4
+                                     : K == sk::mT ? 1u << 5 : 1u << 6;
     // The element type the argument brings (void: none).
     template <class A>
     static auto element()
@@ -365,13 +362,13 @@ struct yes {
 
 template <op O, class... S>
 struct form {
-    template <class... A>
-    static constexpr bool fits()
+    // Whether arguments of these codes fill the slots: plain constant evaluation, no
+    // template work per call.
+    static constexpr bool fits(const uint32_t* codes, std::size_t n)
     {
-        if constexpr (sizeof...(A) != sizeof...(S))
-            return false;
-        else
-            return (S::template fits<A>() && ...);
+        if (n != sizeof...(S)) return false;
+        std::size_t i = 0;
+        return ((S::mask >> codes[i++] & 1u) && ...);
     }
     template <class... A>
     using element = typename first_nonvoid<elem_t<S, A>..., void>::type;
@@ -413,38 +410,36 @@ struct form {
     }
 };
 
-// The first form whose slots the arguments fit.
+template <int I, class F, class... Rest> struct nth { using type = typename nth<I - 1, Rest...>::type; };
+template <class F, class... Rest> struct nth<0, F, Rest...> { using type = F; };
+
+// The first form whose slots the arguments fit, and what it makes of them.
 template <class Args, class... F> struct pick;
-template <class... A>
-struct pick<types<A...>> {
-    static constexpr bool matched = false, consistent = false, found = false;
-};
-template <class... A, class F, class... Rest>
-struct pick<types<A...>, F, Rest...> {
-    using next = pick<types<A...>, Rest...>;
-    static constexpr bool here = F::template fits<A...>();
-    static constexpr bool matched = here || next::matched;
+template <class... A, class... F>
+struct pick<types<A...>, F...> {
+    static constexpr int index()
+    {
+        const uint32_t codes[] = {arg_code<A>()..., 0u};
+        int i = 0, at = -1;
+        ((at < 0 && F::fits(codes, sizeof...(A)) ? at = i : 0, ++i), ...);
+        return at;
+    }
+    static constexpr bool matched = index() >= 0;
+    using form = typename nth<(matched ? index() : 0), F...>::type;
     static constexpr bool consistent_()
     {
-        if constexpr (here) return F::template consistent<A...>(); else return next::consistent;
+        if constexpr (matched) return form::template consistent<A...>(); else return false;
     }
     static constexpr bool consistent = consistent_();
     static constexpr bool found_()
     {
-        if constexpr (here) {
-            if constexpr (F::template consistent<A...>()) return F::template found<A...>(); else return false;
-        } else {
-            return next::found;
-        }
+        if constexpr (consistent) return form::template found<A...>(); else return false;
     }
     static constexpr bool found = found_();
     template <class... X>
     static status call(X&&... a)
     {
-        if constexpr (here)
-            return static_cast<status>(F::template chosen<A...>::call(a...));
-        else
-            return next::call(a...);
+        return static_cast<status>(form::template chosen<A...>::call(a...));
     }
 };
 
