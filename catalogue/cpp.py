@@ -162,8 +162,7 @@ class Form:
             if lay not in lays:
                 lays.append(lay)
         size_text = " ".join(str(n) for n in sizes) + (" and run-time" if generic else "")
-        return "(%s): float/double, sizes %s, layouts %s" % (self.signature(), size_text.strip(),
-                                                             " ".join(lays))
+        return "float/double, sizes %s, layouts %s" % (size_text.strip(), " ".join(lays))
 
 
 def forms(built_only=True):
@@ -237,7 +236,10 @@ def header_text():
         ops.setdefault(form.op, []).append(form)
     for op, group in ops.items():
         shapes = "; ".join("(%s)" % f.signature() for f in group)
-        has = "; ".join(f.summary() for f in group)
+        alike = {}
+        for f in group:
+            alike.setdefault(f.summary(), []).append("(%s)" % f.signature())
+        has = "; ".join("%s: %s" % (" ".join(sigs), what) for what, sigs in alike.items())
         out.append(OP_TEMPLATE % dict(
             op=op, forms=", ".join("detail::forms::" + f.fid for f in group),
             shapes=_c_string(shapes), has=_c_string(has)))

@@ -6515,7 +6515,7 @@ template <class... A>
     static_assert(!P::matched || P::consistent,
                   "vorx::add: the operands must share one element type and the outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
-                  "vorx::add has (src1 v, src2 v, dst v): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 va, src2 v, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 va, src2 va, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src v, value val, dst v): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src va, value val, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 m, src2 m, dst m): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 m, src2 mT, dst m): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 mT, src2 m, dst m): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 mT, src2 mT, dst m): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 ma, src2 m, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 ma, src2 mT, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 maT, src2 m, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 maT, src2 mT, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 ma, src2 ma, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 ma, src2 maT, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 maT, src2 ma, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 maT, src2 maT, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
+                  "vorx::add has (src1 v, src2 v, dst v) (src v, value val, dst v) (src1 m, src2 m, dst m) (src1 m, src2 mT, dst m) (src1 mT, src2 m, dst m) (src1 mT, src2 mT, dst m): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 va, src2 v, dst va) (src1 va, src2 va, dst va) (src va, value val, dst va) (src1 ma, src2 m, dst ma) (src1 ma, src2 mT, dst ma) (src1 maT, src2 m, dst ma) (src1 maT, src2 mT, dst ma) (src1 ma, src2 ma, dst ma) (src1 ma, src2 maT, dst ma) (src1 maT, src2 ma, dst ma) (src1 maT, src2 maT, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
     if constexpr (P::found)
         return P::call(a...);
@@ -6531,7 +6531,7 @@ template <class... A>
     static_assert(!P::matched || P::consistent,
                   "vorx::sub: the operands must share one element type and the outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
-                  "vorx::sub has (src1 v, src2 v, dst v): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 va, src2 v, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 v, src2 va, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 va, src2 va, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src v, value val, dst v): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src va, value val, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (value val, src v, dst v): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (value val, src va, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 m, src2 m, dst m): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 m, src2 mT, dst m): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 mT, src2 m, dst m): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 mT, src2 mT, dst m): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 ma, src2 m, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 ma, src2 mT, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 maT, src2 m, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 maT, src2 mT, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 ma, src2 ma, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 ma, src2 maT, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 maT, src2 ma, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 maT, src2 maT, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 m, src2 ma, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 m, src2 maT, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 mT, src2 ma, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 mT, src2 maT, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
+                  "vorx::sub has (src1 v, src2 v, dst v) (src v, value val, dst v) (value val, src v, dst v) (src1 m, src2 m, dst m) (src1 m, src2 mT, dst m) (src1 mT, src2 m, dst m) (src1 mT, src2 mT, dst m): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 va, src2 v, dst va) (src1 v, src2 va, dst va) (src1 va, src2 va, dst va) (src va, value val, dst va) (value val, src va, dst va) (src1 ma, src2 m, dst ma) (src1 ma, src2 mT, dst ma) (src1 maT, src2 m, dst ma) (src1 maT, src2 mT, dst ma) (src1 ma, src2 ma, dst ma) (src1 ma, src2 maT, dst ma) (src1 maT, src2 ma, dst ma) (src1 maT, src2 maT, dst ma) (src1 m, src2 ma, dst ma) (src1 m, src2 maT, dst ma) (src1 mT, src2 ma, dst ma) (src1 mT, src2 maT, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
     if constexpr (P::found)
         return P::call(a...);
@@ -6547,7 +6547,7 @@ template <class... A>
     static_assert(!P::matched || P::consistent,
                   "vorx::mul: the operands must share one element type and the outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
-                  "vorx::mul has (src1 m, src2 m, dst m): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 m, src2 mT, dst m): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 mT, src2 m, dst m): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 mT, src2 mT, dst m): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 ma, src2 m, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 ma, src2 mT, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 maT, src2 m, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 maT, src2 mT, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 ma, src2 ma, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 ma, src2 maT, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 maT, src2 ma, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 maT, src2 maT, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 m, src2 ma, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 m, src2 maT, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 mT, src2 ma, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 mT, src2 maT, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src v, value val, dst v): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src va, value val, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src m, value val, dst m): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src mT, value val, dst m): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src ma, value val, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src maT, value val, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 m, src2 v, dst v): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 mT, src2 v, dst v): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 m, src2 va, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 mT, src2 va, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 ma, src2 v, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 maT, src2 v, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 ma, src2 va, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 maT, src2 va, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
+                  "vorx::mul has (src1 m, src2 m, dst m) (src1 m, src2 mT, dst m) (src1 mT, src2 m, dst m) (src1 mT, src2 mT, dst m) (src v, value val, dst v) (src m, value val, dst m) (src mT, value val, dst m) (src1 m, src2 v, dst v) (src1 mT, src2 v, dst v): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 ma, src2 m, dst ma) (src1 ma, src2 mT, dst ma) (src1 maT, src2 m, dst ma) (src1 maT, src2 mT, dst ma) (src1 ma, src2 ma, dst ma) (src1 ma, src2 maT, dst ma) (src1 maT, src2 ma, dst ma) (src1 maT, src2 maT, dst ma) (src1 m, src2 ma, dst ma) (src1 m, src2 maT, dst ma) (src1 mT, src2 ma, dst ma) (src1 mT, src2 maT, dst ma) (src va, value val, dst va) (src ma, value val, dst ma) (src maT, value val, dst ma) (src1 m, src2 va, dst va) (src1 mT, src2 va, dst va) (src1 ma, src2 v, dst va) (src1 maT, src2 v, dst va) (src1 ma, src2 va, dst va) (src1 maT, src2 va, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
     if constexpr (P::found)
         return P::call(a...);
@@ -6579,7 +6579,7 @@ template <class... A>
     static_assert(!P::matched || P::consistent,
                   "vorx::lu_back_subst: the operands must share one element type and the outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
-                  "vorx::lu_back_subst has (src m, perm cidx, src2 v, dst v): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src ma, perm cidx, src2 va, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src mq, perm cidx, src2 va, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
+                  "vorx::lu_back_subst has (src m, perm cidx, src2 v, dst v): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src ma, perm cidx, src2 va, dst va) (src mq, perm cidx, src2 va, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
     if constexpr (P::found)
         return P::call(a...);
@@ -6595,7 +6595,7 @@ template <class... A>
     static_assert(!P::matched || P::consistent,
                   "vorx::saxpy: the operands must share one element type and the outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
-                  "vorx::saxpy has (src1 v, scale val, src2 v, dst v): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 va, scale val, src2 v, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 v, scale val, src2 va, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 va, scale val, src2 va, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
+                  "vorx::saxpy has (src1 v, scale val, src2 v, dst v): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 va, scale val, src2 v, dst va) (src1 v, scale val, src2 va, dst va) (src1 va, scale val, src2 va, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
     if constexpr (P::found)
         return P::call(a...);
@@ -6611,7 +6611,7 @@ template <class... A>
     static_assert(!P::matched || P::consistent,
                   "vorx::lcomb: the operands must share one element type and the outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
-                  "vorx::lcomb has (src1 v, scale1 val, src2 v, scale2 val, dst v): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 va, scale1 val, src2 v, scale2 val, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 va, scale1 val, src2 va, scale2 val, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
+                  "vorx::lcomb has (src1 v, scale1 val, src2 v, scale2 val, dst v): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 va, scale1 val, src2 v, scale2 val, dst va) (src1 va, scale1 val, src2 va, scale2 val, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
     if constexpr (P::found)
         return P::call(a...);
@@ -6627,7 +6627,7 @@ template <class... A>
     static_assert(!P::matched || P::consistent,
                   "vorx::dot_product: the operands must share one element type and the outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
-                  "vorx::dot_product has (src1 v, src2 v, dst res): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 va, src2 v, dst res): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 va, src2 va, dst res): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
+                  "vorx::dot_product has (src1 v, src2 v, dst res): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 va, src2 v, dst res) (src1 va, src2 va, dst res): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
     if constexpr (P::found)
         return P::call(a...);
@@ -6659,7 +6659,7 @@ template <class... A>
     static_assert(!P::matched || P::consistent,
                   "vorx::cross_product: the operands must share one element type and the outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
-                  "vorx::cross_product has (src1 v, src2 v, dst v): float/double, sizes 3, layouts C S2 P; (src1 va, src2 v, dst va): float/double, sizes 3, layouts C S2 P PS2 L LS2; (src1 v, src2 va, dst va): float/double, sizes 3, layouts C S2 P PS2 L LS2; (src1 va, src2 va, dst va): float/double, sizes 3, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
+                  "vorx::cross_product has (src1 v, src2 v, dst v): float/double, sizes 3, layouts C S2 P; (src1 va, src2 v, dst va) (src1 v, src2 va, dst va) (src1 va, src2 va, dst va): float/double, sizes 3, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
     if constexpr (P::found)
         return P::call(a...);
@@ -6739,7 +6739,7 @@ template <class... A>
     static_assert(!P::matched || P::consistent,
                   "vorx::copy: the operands must share one element type and the outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
-                  "vorx::copy has (src va, dst va): float/double, sizes and run-time, layouts SS SP SL PS PP PL LS LP LL; (src ma, dst ma): float/double, sizes and run-time, layouts SS SP SL PS PP PL LS LP LL (in array calls a single operand is contiguous in C "
+                  "vorx::copy has (src va, dst va) (src ma, dst ma): float/double, sizes and run-time, layouts SS SP SL PS PP PL LS LP LL (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
     if constexpr (P::found)
         return P::call(a...);
@@ -6755,7 +6755,7 @@ template <class... A>
     static_assert(!P::matched || P::consistent,
                   "vorx::extract: the operands must share one element type and the outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
-                  "vorx::extract has (src v, dst buf): float/double, sizes and run-time, layouts S2 P; (src va, dst buf): float/double, sizes and run-time, layouts S2 PS2 LS2; (src m, dst buf): float/double, sizes and run-time, layouts S2 P; (src mT, dst buf): float/double, sizes and run-time, layouts S2 P; (src ma, dst buf): float/double, sizes and run-time, layouts S2 PS2 LS2; (src maT, dst buf): float/double, sizes and run-time, layouts S2 PS2 LS2 (in array calls a single operand is contiguous in C "
+                  "vorx::extract has (src v, dst buf) (src m, dst buf) (src mT, dst buf): float/double, sizes and run-time, layouts S2 P; (src va, dst buf) (src ma, dst buf) (src maT, dst buf): float/double, sizes and run-time, layouts S2 PS2 LS2 (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
     if constexpr (P::found)
         return P::call(a...);
@@ -6803,7 +6803,7 @@ template <class... A>
     static_assert(!P::matched || P::consistent,
                   "vorx::a6_det: the operands must share one element type and the outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
-                  "vorx::a6_det has (src m, dst res): float/double, sizes 3 4 5 6, layouts C; (src ma, dst res): float/double, sizes 3 4 5 6, layouts C; (src ma, dst res): float/double, sizes 3 4 5 6, layouts L (in array calls a single operand is contiguous in C "
+                  "vorx::a6_det has (src m, dst res) (src ma, dst res): float/double, sizes 3 4 5 6, layouts C; (src ma, dst res): float/double, sizes 3 4 5 6, layouts L (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
     if constexpr (P::found)
         return P::call(a...);
@@ -6835,7 +6835,7 @@ template <class... A>
     static_assert(!P::matched || P::consistent,
                   "vorx::cholesky_back_subst: the operands must share one element type and the outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
-                  "vorx::cholesky_back_subst has (src1 m, src2 v, dst v): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 m, src2 va, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 ma, src2 va, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
+                  "vorx::cholesky_back_subst has (src1 m, src2 v, dst v): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 m, src2 va, dst va) (src1 ma, src2 va, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
     if constexpr (P::found)
         return P::call(a...);
@@ -6867,7 +6867,7 @@ template <class... A>
     static_assert(!P::matched || P::consistent,
                   "vorx::qr_back_subst: the operands must share one element type and the outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
-                  "vorx::qr_back_subst has (src1 m, scratch buf, src2 v, dst v): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 ma, scratch buf, src2 va, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2; (src1 mq, scratch buf, src2 va, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
+                  "vorx::qr_back_subst has (src1 m, scratch buf, src2 v, dst v): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 ma, scratch buf, src2 va, dst va) (src1 mq, scratch buf, src2 va, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
     if constexpr (P::found)
         return P::call(a...);
