@@ -276,8 +276,34 @@ def _c_string(text):
 
 # ---- The test that calls every name through the header (generated into the build).
 
-VIEW_KIND = {"v": ("vec", False), "va": ("vec", True), "m": ("mat", False), "ma": ("mat", True),
-             "mT": ("mat", False), "maT": ("mat", True), "mq": ("mat", False)}
+# The view factory of each operand kind and layout in the test of every name, with
+# the arguments after its pointer (names of every_name.h: OS object stride, RS row
+# stride, ES element stride, CNT count).
+FACTORY = {
+    (False, "contiguous"): ("", "", ""), (False, "strided"): ("_strided", "", "ES"),
+    (False, "elems"): ("_elems", "", "0"),
+    (True, "contiguous"): ("_array", "OS", "CNT"), (True, "strided"): ("_array_strided", "OS", "ES, CNT"),
+    (True, "elems"): ("_array_elems", "0", "CNT"), (True, "elems_strided"): ("_array_elems_strided", "0, OS", "CNT"),
+    (True, "list"): ("_list", "0", "CNT"), (True, "list_strided"): ("_list_strided", "0", "ES, CNT"),
+}
+
+
+def view_expr(slot, layout, T, n):
+    """A view of the arena for one operand: vorx::mat_list_strided<4, 4>(arena.list<float>(), ...)."""
+    matrix = slot.kind not in ("v", "va")
+    lay = slot.view_layout(layout)
+    suffix, before, after = FACTORY[(slot.array, lay)]
+    # A matrix brings its row stride between the leading arguments and the trailing ones,
+    # except in the Pointer layouts, which have none.
+    rs = ["RS"] if matrix and "elems" not in lay else []
+    words = [w for w in before.split(", ") if w] + rs + [w for w in after.split(", ") if w]
+    ptr = "arena.%s<%s>()" % ("list" if lay.startswith("list") else "table" if "elems" in lay else "x", T)
+    if n:
+        head = "vorx::%s%s<%s>(%s" % ("mat" if matrix else "vec", suffix, "%d, %d" % (n, n) if matrix else n, ptr)
+    else:
+        head = "vorx::%s%s(%s, %s" % ("mat" if matrix else "vec", suffix, ptr, "RT, RT" if matrix else "RT")
+    text = head + "".join(", " + w.replace("ES", "ES<%s>" % T) for w in words) + ")"
+    return "transposed(%s)" % text if slot.kind in ("mT", "maT") else text
 
 
 def test_calls(chunks):
@@ -295,12 +321,7 @@ def test_calls(chunks):
                 elif s.kind in ("idx", "cidx"):
                     args.append("arena.perm()")
                 else:
-                    lay = s.view_layout(f.layout)
-                    args.append("arena.%s<%s, %d, layout::%s, %s>()" % (
-                        "mat" if s.kind not in ("v", "va") else "vec", T, f.n, lay,
-                        "true" if s.array else "false"))
-                    if s.kind in ("mT", "maT"):
-                        args[-1] = "transposed(%s)" % args[-1]
+                    args.append(view_expr(s, f.layout, T, f.n))
             lines.append('CALL(%s, vorx::%s(%s))\n' % (f.name, form.op, ", ".join(args)))
     per = (len(lines) + chunks - 1) // chunks
     return [lines[i:i + per] for i in range(0, len(lines), per)]

@@ -237,16 +237,20 @@ def _label(x, y, text):
     return '<text x="%d" y="%d">%s</text>\n' % (x, y, text)
 
 
+def _object(x, y, k):
+    """Object k of 2x3 elements, its rows 4 cells apart (one cell of gap)."""
+    cells = []
+    for i in range(2):
+        for j in range(4):
+            text, fill = ("%d%d%d" % (k, i, j), "#dfe9f5") if j < 3 else ("", "#eee")
+            cells.append(_cell(x + (i * 4 + j) * 36, y, text, fill=fill))
+    return "".join(cells)
+
+
 def svg_direct():
     body = [_label(10, 16, "Contiguous / Strided: x + k*objectStride + i*rowStride + j*elemStride")]
-    x0 = 10
     for k in range(2):
-        for i in range(2):
-            for j in range(3):
-                x = x0 + (k * 8 + i * 4 + j) * 36
-                body.append(_cell(x, 40, "%d%d%d" % (k, i, j)))
-            gap = x0 + (k * 8 + i * 4 + 3) * 36
-            body.append(_cell(gap, 40, "", fill="#eee"))
+        body.append(_object(10 + k * 8 * 36, 40, k))
     body.append(_arrow(10, 75, 10 + 4 * 36, 75) + _label(40, 90, "rowStride"))
     body.append(_arrow(10, 100, 10 + 8 * 36, 100) + _label(100, 115, "objectStride"))
     body.append(_label(10, 135, "cell kij: object k, row i, column j; grey: bytes the layout skips"))
@@ -272,10 +276,7 @@ def svg_list():
     body = [_label(10, 16, "List: list[k] + byteShift + i*rowStride + j*elemStride")]
     for k in range(2):
         body.append(_cell(10, 40 + k * 60, "l[%d]" % k, fill="#f5e9d0", w=44))
-        for i in range(2):
-            for j in range(3):
-                body.append(_cell(160 + (i * 4 + j) * 36, 40 + (1 - k) * 60, "%d%d%d" % (k, i, j)))
-            body.append(_cell(160 + (i * 4 + 3) * 36, 40 + (1 - k) * 60, "", fill="#eee"))
+        body.append(_object(160, 40 + (1 - k) * 60, k))
         body.append(_arrow(56, 51 + k * 60, 158, 51 + (1 - k) * 60))
     body.append(_label(160, 140, "one pointer per object; the objects anywhere in memory"))
     return _svg(600, 150, body)

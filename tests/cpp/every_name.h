@@ -11,7 +11,6 @@ extern const char* vt_called;  // the last exported function called through the 
 #define VORX_HPP_CALL(f, ...) (vt_called = #f, ::f(__VA_ARGS__))
 #include "vorx.hpp"
 
-using vorx::layout;
 
 struct Calls {
     int calls = 0;
@@ -30,16 +29,19 @@ struct Calls {
     }
 };
 
-// Operands of every kind and layout over one zeroed block: run-time sizes are 4,
-// arrays hold 2 objects, every table entry and list pointer lies inside the block.
+// The memory of every operand: one zeroed block that every table entry and list
+// pointer points into. The generated calls build their views over it with run-time
+// sizes RT, arrays of CNT objects, strides OS, RS, ES<T> (bytes).
+constexpr uint32_t RT = 4, CNT = 2;
+constexpr int32_t OS = 2048, RS = 256;
+template <class T> constexpr int32_t ES = 2 * sizeof(T);
+
 struct Arena {
-    static constexpr uint32_t kRunTime = 4, kCount = 2;
-    static constexpr int32_t kObject = 2048, kRow = 256;
     alignas(16) unsigned char mem[1 << 16] = {};
     float* ftab[256];  // element tables (the running diagonal of LoadIdentity reaches far)
     double* dtab[256];
-    float* flist[kCount];
-    double* dlist[kCount];
+    float* flist[CNT];
+    double* dlist[CNT];
     uint32_t perms[8] = {};
 
     Arena()
@@ -48,12 +50,13 @@ struct Arena {
             ftab[i] = reinterpret_cast<float*>(mem + 8192 + 32 * i);
             dtab[i] = reinterpret_cast<double*>(mem + 8192 + 32 * i);
         }
-        for (uint32_t k = 0; k < kCount; ++k) {
+        for (uint32_t k = 0; k < CNT; ++k) {
             flist[k] = reinterpret_cast<float*>(mem + 20480 + 4096 * k);
             dlist[k] = reinterpret_cast<double*>(mem + 20480 + 4096 * k);
         }
     }
-    template <class T> T* at(int off) { return reinterpret_cast<T*>(mem + off); }
+    template <class T> T* x() { return reinterpret_cast<T*>(mem + 1024); }
+    template <class T> T* out() { return reinterpret_cast<T*>(mem + 49152); }
     template <class T> T** table()
     {
         if constexpr (std::is_same_v<T, float>) return ftab; else return dtab;
@@ -62,75 +65,5 @@ struct Arena {
     {
         if constexpr (std::is_same_v<T, float>) return flist; else return dlist;
     }
-    template <class T> T* out() { return at<T>(49152); }
     uint32_t* perm() { return perms; }
-
-    template <class T, uint32_t N, layout L, bool Array>
-    auto vec()
-    {
-        constexpr int32_t es = 2 * sizeof(T);
-        T* x = at<T>(1024);
-        [[maybe_unused]] const uint32_t n = N ? N : kRunTime;
-        auto pick = [&](auto fixed, auto run) { if constexpr (N) return fixed(); else return run(); };
-        if constexpr (!Array && L == layout::contiguous)
-            return pick([&] { return vorx::vec<N>(x); }, [&] { return vorx::vec(x, n); });
-        else if constexpr (!Array && L == layout::strided)
-            return pick([&] { return vorx::vec_strided<N>(x, es); }, [&] { return vorx::vec_strided(x, n, es); });
-        else if constexpr (!Array)
-            return pick([&] { return vorx::vec_elems<N>(table<T>(), 0); },
-                        [&] { return vorx::vec_elems(table<T>(), n, 0); });
-        else if constexpr (L == layout::contiguous)
-            return pick([&] { return vorx::vec_array<N>(x, kObject, kCount); },
-                        [&] { return vorx::vec_array(x, n, kObject, kCount); });
-        else if constexpr (L == layout::strided)
-            return pick([&] { return vorx::vec_array_strided<N>(x, kObject, es, kCount); },
-                        [&] { return vorx::vec_array_strided(x, n, kObject, es, kCount); });
-        else if constexpr (L == layout::elems)
-            return pick([&] { return vorx::vec_array_elems<N>(table<T>(), 0, kCount); },
-                        [&] { return vorx::vec_array_elems(table<T>(), n, 0, kCount); });
-        else if constexpr (L == layout::elems_strided)
-            return pick([&] { return vorx::vec_array_elems_strided<N>(table<T>(), 0, kObject, kCount); },
-                        [&] { return vorx::vec_array_elems_strided(table<T>(), n, 0, kObject, kCount); });
-        else if constexpr (L == layout::list)
-            return pick([&] { return vorx::vec_list<N>(list<T>(), 0, kCount); },
-                        [&] { return vorx::vec_list(list<T>(), n, 0, kCount); });
-        else
-            return pick([&] { return vorx::vec_list_strided<N>(list<T>(), 0, es, kCount); },
-                        [&] { return vorx::vec_list_strided(list<T>(), n, 0, es, kCount); });
-    }
-
-    template <class T, uint32_t N, layout L, bool Array>
-    auto mat()
-    {
-        constexpr int32_t es = 2 * sizeof(T);
-        T* x = at<T>(1024);
-        [[maybe_unused]] const uint32_t n = N ? N : kRunTime;
-        auto pick = [&](auto fixed, auto run) { if constexpr (N) return fixed(); else return run(); };
-        if constexpr (!Array && L == layout::contiguous)
-            return pick([&] { return vorx::mat<N, N>(x, kRow); }, [&] { return vorx::mat(x, n, n, kRow); });
-        else if constexpr (!Array && L == layout::strided)
-            return pick([&] { return vorx::mat_strided<N, N>(x, kRow, es); },
-                        [&] { return vorx::mat_strided(x, n, n, kRow, es); });
-        else if constexpr (!Array)
-            return pick([&] { return vorx::mat_elems<N, N>(table<T>(), 0); },
-                        [&] { return vorx::mat_elems(table<T>(), n, n, 0); });
-        else if constexpr (L == layout::contiguous)
-            return pick([&] { return vorx::mat_array<N, N>(x, kObject, kRow, kCount); },
-                        [&] { return vorx::mat_array(x, n, n, kObject, kRow, kCount); });
-        else if constexpr (L == layout::strided)
-            return pick([&] { return vorx::mat_array_strided<N, N>(x, kObject, kRow, es, kCount); },
-                        [&] { return vorx::mat_array_strided(x, n, n, kObject, kRow, es, kCount); });
-        else if constexpr (L == layout::elems)
-            return pick([&] { return vorx::mat_array_elems<N, N>(table<T>(), 0, kCount); },
-                        [&] { return vorx::mat_array_elems(table<T>(), n, n, 0, kCount); });
-        else if constexpr (L == layout::elems_strided)
-            return pick([&] { return vorx::mat_array_elems_strided<N, N>(table<T>(), 0, kObject, kCount); },
-                        [&] { return vorx::mat_array_elems_strided(table<T>(), n, n, 0, kObject, kCount); });
-        else if constexpr (L == layout::list)
-            return pick([&] { return vorx::mat_list<N, N>(list<T>(), 0, kRow, kCount); },
-                        [&] { return vorx::mat_list(list<T>(), n, n, 0, kRow, kCount); });
-        else
-            return pick([&] { return vorx::mat_list_strided<N, N>(list<T>(), 0, kRow, es, kCount); },
-                        [&] { return vorx::mat_list_strided(list<T>(), n, n, 0, kRow, es, kCount); });
-    }
 };
