@@ -122,7 +122,10 @@ size (a template argument, or a run-time argument) and, for arrays, the count:
 Without the template arguments the sizes come first at run time: `vec(x, len)`,
 `mat_array(x, rows, cols, objectStride, rowStride, count)`. `mat<R, C>(x)` is a dense
 matrix. Adapters: `vec(std::array&)`, `vec(std::span)`, `mat(std::array<std::array>&)`,
-`vec_array(std::span<std::array<T, N>>)`, `mat_array(std::span<std::array<std::array<T, C>, R>>)`.
+`vec_array(std::span<std::array<T, N>>)`, `mat_array(std::span<std::array<std::array<T, C>, R>>)`;
+where Eigen is included before `vorx.hpp`, `mat(m)` of a fixed-size `Eigen::Matrix`
+(a column-major one is read as the transposed view of what it stores, so it serves
+where the operation takes a transposed source) and `vec(v)` of a fixed-size vector.
 `transposed(view)` reads a matrix view transposed (the `T` codes).
 
 One function per operation takes the operands in the order of the name's operand

@@ -248,6 +248,29 @@ constexpr auto mat_array(std::span<A> s)  // a span of std::array<std::array<T, 
                            static_cast<int32_t>(sizeof(Row)), static_cast<uint32_t>(s.size()));
 }
 
+// Eigen's fixed-size matrices and vectors, when Eigen is included before vorx.hpp:
+// row-major ones directly, column-major ones as the transposed view of what they
+// store (so they serve as sources where the operation takes a transposed operand).
+#if defined(EIGEN_WORLD_VERSION)
+#define VORX_EIGEN(CONST)                                                                        \
+    template <class S, int R, int C, int O, int MR, int MC>                                      \
+    constexpr auto mat(CONST Eigen::Matrix<S, R, C, O, MR, MC>& m) requires(R > 1 && C > 1)      \
+    {                                                                                            \
+        if constexpr ((O & Eigen::RowMajor) != 0)                                                \
+            return mat<R, C>(m.data());                                                          \
+        else                                                                                     \
+            return transposed(mat<C, R>(m.data()));                                              \
+    }                                                                                            \
+    template <class S, int R, int C, int O, int MR, int MC>                                      \
+    constexpr auto vec(CONST Eigen::Matrix<S, R, C, O, MR, MC>& m) requires((R == 1) != (C == 1) && R * C > 1) \
+    {                                                                                            \
+        return vec<uint32_t(R * C)>(m.data());                                                   \
+    }
+VORX_EIGEN()
+VORX_EIGEN(const)
+#undef VORX_EIGEN
+#endif
+
 // ---- Resolution of a call: the operands' kinds choose a form (an operand-code list
 // ---- of the catalogue), their element type, fixed size and layouts the function.
 namespace detail {

@@ -1,6 +1,9 @@
 // The C++ interface: every built name reached through vorx.hpp, and what the header
 // adds over the C calls (adapters, transposed views, checked calls, statuses).
 #include <gtest/gtest.h>
+#if __has_include(<Eigen/Core>)
+#include <Eigen/Core>
+#endif
 
 #include <array>
 #include <cstring>
@@ -76,3 +79,22 @@ TEST(CppHeader, CheckedCallsThrowTheTypeOfTheStatus)
     EXPECT_THROW(vorx::checked::cholesky_decomp(vorx::mat<3, 3>(spd.data()), vorx::mat<3, 3>(l.data())),
                  vorx::not_positive_definite);
 }
+
+#if __has_include(<Eigen/Core>)
+// A column-major Eigen matrix is the transposed view of what it stores: the product
+// of two of them is the mTmT form, and must be Eigen's product.
+TEST(CppHeader, EigenMatricesInTheirStorageOrder)
+{
+    Eigen::Matrix4d a, b;
+    Eigen::Vector4d v, w;
+    for (int i = 0; i < 4; ++i) {
+        v(i) = 1 - i;
+        for (int j = 0; j < 4; ++j) a(i, j) = i + 2 * j, b(i, j) = (i == j) - 0.25 * j;
+    }
+    Eigen::Matrix<double, 4, 4, Eigen::RowMajor> d;
+    ASSERT_EQ(vorx::mul(vorx::mat(a), vorx::mat(b), vorx::mat(d)), vorx::status::ok);
+    EXPECT_EQ(d, a * b);  // small integers and quarters: exact either way
+    ASSERT_EQ(vorx::mul(vorx::mat(a), vorx::vec(v), vorx::vec(w)), vorx::status::ok);
+    EXPECT_EQ(w, a * v);
+}
+#endif
