@@ -258,7 +258,8 @@ template <class... A>
     using P = detail::pick<detail::types<A...>, %(forms)s>;
     static_assert(P::matched, "vorx::%(op)s takes %(shapes)s");
     static_assert(!P::matched || P::consistent,
-                  "vorx::%(op)s: the operands must share one element type and the outputs be writable");
+                  "vorx::%(op)s: the operands must share one element type and fixed size, and the "
+                  "outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
                   "vorx::%(op)s has %(has)s (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");

@@ -202,12 +202,16 @@ constexpr auto vec(std::span<E, N> s)
     else
         return vec<N>(s.data());
 }
+// The element type of a (const) std::array, const with it.
+template <class A>
+using elem_of_t = std::conditional_t<std::is_const_v<A>, const typename A::value_type, typename A::value_type>;
+
 template <class A>
 constexpr auto vec_array(std::span<A> s)  // a span of std::array<T, N>
 {
-    using E = std::remove_reference_t<decltype(*s.data()->data())>;
+    using E = elem_of_t<A>;
     constexpr uint32_t N = std::tuple_size_v<std::remove_const_t<A>>;
-    return vec_array<N>(static_cast<E*>(s.data()->data()), static_cast<int32_t>(sizeof(A)),
+    return vec_array<N>(reinterpret_cast<E*>(s.data()), static_cast<int32_t>(sizeof(A)),
                         static_cast<uint32_t>(s.size()));
 }
 template <class E, std::size_t R, std::size_t C>
@@ -217,11 +221,11 @@ constexpr auto mat(const std::array<std::array<E, C>, R>& m) { return mat<R, C>(
 template <class A>
 constexpr auto mat_array(std::span<A> s)  // a span of std::array<std::array<T, C>, R>
 {
-    using Row = std::remove_reference_t<decltype((*s.data())[0])>;
-    using E = std::remove_reference_t<decltype(*(*s.data())[0].data())>;
+    using Row = elem_of_t<A>;
+    using E = elem_of_t<Row>;
     constexpr uint32_t R = std::tuple_size_v<std::remove_const_t<A>>;
     constexpr uint32_t C = std::tuple_size_v<std::remove_const_t<Row>>;
-    return mat_array<R, C>(static_cast<E*>((*s.data())[0].data()), static_cast<int32_t>(sizeof(A)),
+    return mat_array<R, C>(reinterpret_cast<E*>(s.data()), static_cast<int32_t>(sizeof(A)),
                            static_cast<int32_t>(sizeof(Row)), static_cast<uint32_t>(s.size()));
 }
 
@@ -400,7 +404,7 @@ struct form {
     {
         using T = element<A...>;
         return ((std::is_void_v<elem_t<S, A>> || std::is_same_v<elem_t<S, A>, T>) && ...) &&
-               (S::template writable<A>() && ...);
+               (S::template writable<A>() && ...) && order<A...>() != ~0u;
     }
     template <class... A>
     static constexpr int lay()
@@ -409,18 +413,24 @@ struct form {
         (f.template add<S, A>(), ...);
         return f.code();
     }
+    // The fixed order of the call: the one every view has, 0 (run-time) when a view
+    // has none, ~0 when two views fix different orders.
     template <class... A>
-    static constexpr unsigned order()
+    static constexpr uint32_t order()
     {
         uint32_t n = ~0u;
-        bool ok = true;
+        bool runTime = false, clash = false;
         auto see = [&](uint32_t f) {
             if (f == ~0u) return;
-            if (f == dynamic || (n != ~0u && n != f)) ok = false;
-            n = f;
+            if (f == dynamic) {
+                runTime = true;
+            } else {
+                clash = clash || (n != ~0u && n != f);
+                n = f;
+            }
         };
         (see(fixed_of<S, A>()), ...);
-        return ok && n != ~0u ? n : 0;
+        return clash ? ~0u : runTime || n == ~0u ? 0 : n;
     }
     template <class... A>
     using fixed_fn = fn<O, element<A...>, order<A...>(), lay<A...>()>;

@@ -133,7 +133,9 @@ codes, then the destination: `vorx::add(src1, src2, dst)`, `vorx::sub(value, src
 for `cv`, `vorx::lu_decomp(src, perm, dst)`. It resolves at compile time to the one
 exported function for those operand kinds, element type, size and layout: views of a
 fixed size choose the fixed-size name where there is one, and the run-time name
-otherwise. In calls with an array, a single operand is Contiguous in the Contiguous
+otherwise (views of two different fixed sizes do not compile). A run-time size is
+taken from the first operand that has it, as the C function takes it once: the
+header does not compare the other operands' sizes with it. In calls with an array, a single operand is Contiguous in the Contiguous
 and List layouts, Strided in the Strided ones, Pointer in the Pointer ones. A
 combination that does not exist fails to compile with the list of what exists. The
 result is a `[[nodiscard]] vorx::status`; `vorx::checked::add(...)` throws instead.

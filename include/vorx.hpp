@@ -225,12 +225,16 @@ constexpr auto vec(std::span<E, N> s)
     else
         return vec<N>(s.data());
 }
+// The element type of a (const) std::array, const with it.
+template <class A>
+using elem_of_t = std::conditional_t<std::is_const_v<A>, const typename A::value_type, typename A::value_type>;
+
 template <class A>
 constexpr auto vec_array(std::span<A> s)  // a span of std::array<T, N>
 {
-    using E = std::remove_reference_t<decltype(*s.data()->data())>;
+    using E = elem_of_t<A>;
     constexpr uint32_t N = std::tuple_size_v<std::remove_const_t<A>>;
-    return vec_array<N>(static_cast<E*>(s.data()->data()), static_cast<int32_t>(sizeof(A)),
+    return vec_array<N>(reinterpret_cast<E*>(s.data()), static_cast<int32_t>(sizeof(A)),
                         static_cast<uint32_t>(s.size()));
 }
 template <class E, std::size_t R, std::size_t C>
@@ -240,11 +244,11 @@ constexpr auto mat(const std::array<std::array<E, C>, R>& m) { return mat<R, C>(
 template <class A>
 constexpr auto mat_array(std::span<A> s)  // a span of std::array<std::array<T, C>, R>
 {
-    using Row = std::remove_reference_t<decltype((*s.data())[0])>;
-    using E = std::remove_reference_t<decltype(*(*s.data())[0].data())>;
+    using Row = elem_of_t<A>;
+    using E = elem_of_t<Row>;
     constexpr uint32_t R = std::tuple_size_v<std::remove_const_t<A>>;
     constexpr uint32_t C = std::tuple_size_v<std::remove_const_t<Row>>;
-    return mat_array<R, C>(static_cast<E*>((*s.data())[0].data()), static_cast<int32_t>(sizeof(A)),
+    return mat_array<R, C>(reinterpret_cast<E*>(s.data()), static_cast<int32_t>(sizeof(A)),
                            static_cast<int32_t>(sizeof(Row)), static_cast<uint32_t>(s.size()));
 }
 
@@ -423,7 +427,7 @@ struct form {
     {
         using T = element<A...>;
         return ((std::is_void_v<elem_t<S, A>> || std::is_same_v<elem_t<S, A>, T>) && ...) &&
-               (S::template writable<A>() && ...);
+               (S::template writable<A>() && ...) && order<A...>() != ~0u;
     }
     template <class... A>
     static constexpr int lay()
@@ -432,18 +436,24 @@ struct form {
         (f.template add<S, A>(), ...);
         return f.code();
     }
+    // The fixed order of the call: the one every view has, 0 (run-time) when a view
+    // has none, ~0 when two views fix different orders.
     template <class... A>
-    static constexpr unsigned order()
+    static constexpr uint32_t order()
     {
         uint32_t n = ~0u;
-        bool ok = true;
+        bool runTime = false, clash = false;
         auto see = [&](uint32_t f) {
             if (f == ~0u) return;
-            if (f == dynamic || (n != ~0u && n != f)) ok = false;
-            n = f;
+            if (f == dynamic) {
+                runTime = true;
+            } else {
+                clash = clash || (n != ~0u && n != f);
+                n = f;
+            }
         };
         (see(fixed_of<S, A>()), ...);
-        return ok && n != ~0u ? n : 0;
+        return clash ? ~0u : runTime || n == ~0u ? 0 : n;
     }
     template <class... A>
     using fixed_fn = fn<O, element<A...>, order<A...>(), lay<A...>()>;
@@ -6536,7 +6546,8 @@ template <class... A>
     using P = detail::pick<detail::types<A...>, detail::forms::Add_vv, detail::forms::Add_vav, detail::forms::Add_vava, detail::forms::Add_vc, detail::forms::Add_vac, detail::forms::Add_mm, detail::forms::Add_mmT, detail::forms::Add_mTm, detail::forms::Add_mTmT, detail::forms::Add_mam, detail::forms::Add_mamT, detail::forms::Add_maTm, detail::forms::Add_maTmT, detail::forms::Add_mama, detail::forms::Add_mamaT, detail::forms::Add_maTma, detail::forms::Add_maTmaT>;
     static_assert(P::matched, "vorx::add takes (src1 v, src2 v, dst v); (src1 va, src2 v, dst va); (src1 va, src2 va, dst va); (src v, value val, dst v); (src va, value val, dst va); (src1 m, src2 m, dst m); (src1 m, src2 mT, dst m); (src1 mT, src2 m, dst m); (src1 mT, src2 mT, dst m); (src1 ma, src2 m, dst ma); (src1 ma, src2 mT, dst ma); (src1 maT, src2 m, dst ma); (src1 maT, src2 mT, dst ma); (src1 ma, src2 ma, dst ma); (src1 ma, src2 maT, dst ma); (src1 maT, src2 ma, dst ma); (src1 maT, src2 maT, dst ma)");
     static_assert(!P::matched || P::consistent,
-                  "vorx::add: the operands must share one element type and the outputs be writable");
+                  "vorx::add: the operands must share one element type and fixed size, and the "
+                  "outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
                   "vorx::add has (src1 v, src2 v, dst v) (src v, value val, dst v) (src1 m, src2 m, dst m) (src1 m, src2 mT, dst m) (src1 mT, src2 m, dst m) (src1 mT, src2 mT, dst m): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 va, src2 v, dst va) (src1 va, src2 va, dst va) (src va, value val, dst va) (src1 ma, src2 m, dst ma) (src1 ma, src2 mT, dst ma) (src1 maT, src2 m, dst ma) (src1 maT, src2 mT, dst ma) (src1 ma, src2 ma, dst ma) (src1 ma, src2 maT, dst ma) (src1 maT, src2 ma, dst ma) (src1 maT, src2 maT, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
@@ -6552,7 +6563,8 @@ template <class... A>
     using P = detail::pick<detail::types<A...>, detail::forms::Sub_vv, detail::forms::Sub_vav, detail::forms::Sub_vva, detail::forms::Sub_vava, detail::forms::Sub_vc, detail::forms::Sub_vac, detail::forms::Sub_cv, detail::forms::Sub_cva, detail::forms::Sub_mm, detail::forms::Sub_mmT, detail::forms::Sub_mTm, detail::forms::Sub_mTmT, detail::forms::Sub_mam, detail::forms::Sub_mamT, detail::forms::Sub_maTm, detail::forms::Sub_maTmT, detail::forms::Sub_mama, detail::forms::Sub_mamaT, detail::forms::Sub_maTma, detail::forms::Sub_maTmaT, detail::forms::Sub_mma, detail::forms::Sub_mmaT, detail::forms::Sub_mTma, detail::forms::Sub_mTmaT>;
     static_assert(P::matched, "vorx::sub takes (src1 v, src2 v, dst v); (src1 va, src2 v, dst va); (src1 v, src2 va, dst va); (src1 va, src2 va, dst va); (src v, value val, dst v); (src va, value val, dst va); (value val, src v, dst v); (value val, src va, dst va); (src1 m, src2 m, dst m); (src1 m, src2 mT, dst m); (src1 mT, src2 m, dst m); (src1 mT, src2 mT, dst m); (src1 ma, src2 m, dst ma); (src1 ma, src2 mT, dst ma); (src1 maT, src2 m, dst ma); (src1 maT, src2 mT, dst ma); (src1 ma, src2 ma, dst ma); (src1 ma, src2 maT, dst ma); (src1 maT, src2 ma, dst ma); (src1 maT, src2 maT, dst ma); (src1 m, src2 ma, dst ma); (src1 m, src2 maT, dst ma); (src1 mT, src2 ma, dst ma); (src1 mT, src2 maT, dst ma)");
     static_assert(!P::matched || P::consistent,
-                  "vorx::sub: the operands must share one element type and the outputs be writable");
+                  "vorx::sub: the operands must share one element type and fixed size, and the "
+                  "outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
                   "vorx::sub has (src1 v, src2 v, dst v) (src v, value val, dst v) (value val, src v, dst v) (src1 m, src2 m, dst m) (src1 m, src2 mT, dst m) (src1 mT, src2 m, dst m) (src1 mT, src2 mT, dst m): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 va, src2 v, dst va) (src1 v, src2 va, dst va) (src1 va, src2 va, dst va) (src va, value val, dst va) (value val, src va, dst va) (src1 ma, src2 m, dst ma) (src1 ma, src2 mT, dst ma) (src1 maT, src2 m, dst ma) (src1 maT, src2 mT, dst ma) (src1 ma, src2 ma, dst ma) (src1 ma, src2 maT, dst ma) (src1 maT, src2 ma, dst ma) (src1 maT, src2 maT, dst ma) (src1 m, src2 ma, dst ma) (src1 m, src2 maT, dst ma) (src1 mT, src2 ma, dst ma) (src1 mT, src2 maT, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
@@ -6568,7 +6580,8 @@ template <class... A>
     using P = detail::pick<detail::types<A...>, detail::forms::Mul_mm, detail::forms::Mul_mmT, detail::forms::Mul_mTm, detail::forms::Mul_mTmT, detail::forms::Mul_mam, detail::forms::Mul_mamT, detail::forms::Mul_maTm, detail::forms::Mul_maTmT, detail::forms::Mul_mama, detail::forms::Mul_mamaT, detail::forms::Mul_maTma, detail::forms::Mul_maTmaT, detail::forms::Mul_mma, detail::forms::Mul_mmaT, detail::forms::Mul_mTma, detail::forms::Mul_mTmaT, detail::forms::Mul_vc, detail::forms::Mul_vac, detail::forms::Mul_mc, detail::forms::Mul_mTc, detail::forms::Mul_mac, detail::forms::Mul_maTc, detail::forms::Mul_mv, detail::forms::Mul_mTv, detail::forms::Mul_mva, detail::forms::Mul_mTva, detail::forms::Mul_mav, detail::forms::Mul_maTv, detail::forms::Mul_mava, detail::forms::Mul_maTva>;
     static_assert(P::matched, "vorx::mul takes (src1 m, src2 m, dst m); (src1 m, src2 mT, dst m); (src1 mT, src2 m, dst m); (src1 mT, src2 mT, dst m); (src1 ma, src2 m, dst ma); (src1 ma, src2 mT, dst ma); (src1 maT, src2 m, dst ma); (src1 maT, src2 mT, dst ma); (src1 ma, src2 ma, dst ma); (src1 ma, src2 maT, dst ma); (src1 maT, src2 ma, dst ma); (src1 maT, src2 maT, dst ma); (src1 m, src2 ma, dst ma); (src1 m, src2 maT, dst ma); (src1 mT, src2 ma, dst ma); (src1 mT, src2 maT, dst ma); (src v, value val, dst v); (src va, value val, dst va); (src m, value val, dst m); (src mT, value val, dst m); (src ma, value val, dst ma); (src maT, value val, dst ma); (src1 m, src2 v, dst v); (src1 mT, src2 v, dst v); (src1 m, src2 va, dst va); (src1 mT, src2 va, dst va); (src1 ma, src2 v, dst va); (src1 maT, src2 v, dst va); (src1 ma, src2 va, dst va); (src1 maT, src2 va, dst va)");
     static_assert(!P::matched || P::consistent,
-                  "vorx::mul: the operands must share one element type and the outputs be writable");
+                  "vorx::mul: the operands must share one element type and fixed size, and the "
+                  "outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
                   "vorx::mul has (src1 m, src2 m, dst m) (src1 m, src2 mT, dst m) (src1 mT, src2 m, dst m) (src1 mT, src2 mT, dst m) (src v, value val, dst v) (src m, value val, dst m) (src mT, value val, dst m) (src1 m, src2 v, dst v) (src1 mT, src2 v, dst v): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 ma, src2 m, dst ma) (src1 ma, src2 mT, dst ma) (src1 maT, src2 m, dst ma) (src1 maT, src2 mT, dst ma) (src1 ma, src2 ma, dst ma) (src1 ma, src2 maT, dst ma) (src1 maT, src2 ma, dst ma) (src1 maT, src2 maT, dst ma) (src1 m, src2 ma, dst ma) (src1 m, src2 maT, dst ma) (src1 mT, src2 ma, dst ma) (src1 mT, src2 maT, dst ma) (src va, value val, dst va) (src ma, value val, dst ma) (src maT, value val, dst ma) (src1 m, src2 va, dst va) (src1 mT, src2 va, dst va) (src1 ma, src2 v, dst va) (src1 maT, src2 v, dst va) (src1 ma, src2 va, dst va) (src1 maT, src2 va, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
@@ -6584,7 +6597,8 @@ template <class... A>
     using P = detail::pick<detail::types<A...>, detail::forms::LUDecomp_m, detail::forms::LUDecomp_ma>;
     static_assert(P::matched, "vorx::lu_decomp takes (src m, perm idx, dst m); (src ma, perm idx, dst ma)");
     static_assert(!P::matched || P::consistent,
-                  "vorx::lu_decomp: the operands must share one element type and the outputs be writable");
+                  "vorx::lu_decomp: the operands must share one element type and fixed size, and the "
+                  "outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
                   "vorx::lu_decomp has (src m, perm idx, dst m): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src ma, perm idx, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
@@ -6600,7 +6614,8 @@ template <class... A>
     using P = detail::pick<detail::types<A...>, detail::forms::LUBackSubst_mv, detail::forms::LUBackSubst_mava, detail::forms::LUBackSubst_mva>;
     static_assert(P::matched, "vorx::lu_back_subst takes (src m, perm cidx, src2 v, dst v); (src ma, perm cidx, src2 va, dst va); (src mq, perm cidx, src2 va, dst va)");
     static_assert(!P::matched || P::consistent,
-                  "vorx::lu_back_subst: the operands must share one element type and the outputs be writable");
+                  "vorx::lu_back_subst: the operands must share one element type and fixed size, and the "
+                  "outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
                   "vorx::lu_back_subst has (src m, perm cidx, src2 v, dst v): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src ma, perm cidx, src2 va, dst va) (src mq, perm cidx, src2 va, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
@@ -6616,7 +6631,8 @@ template <class... A>
     using P = detail::pick<detail::types<A...>, detail::forms::Saxpy_vv, detail::forms::Saxpy_vav, detail::forms::Saxpy_vva, detail::forms::Saxpy_vava>;
     static_assert(P::matched, "vorx::saxpy takes (src1 v, scale val, src2 v, dst v); (src1 va, scale val, src2 v, dst va); (src1 v, scale val, src2 va, dst va); (src1 va, scale val, src2 va, dst va)");
     static_assert(!P::matched || P::consistent,
-                  "vorx::saxpy: the operands must share one element type and the outputs be writable");
+                  "vorx::saxpy: the operands must share one element type and fixed size, and the "
+                  "outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
                   "vorx::saxpy has (src1 v, scale val, src2 v, dst v): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 va, scale val, src2 v, dst va) (src1 v, scale val, src2 va, dst va) (src1 va, scale val, src2 va, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
@@ -6632,7 +6648,8 @@ template <class... A>
     using P = detail::pick<detail::types<A...>, detail::forms::LComb_vv, detail::forms::LComb_vav, detail::forms::LComb_vava>;
     static_assert(P::matched, "vorx::lcomb takes (src1 v, scale1 val, src2 v, scale2 val, dst v); (src1 va, scale1 val, src2 v, scale2 val, dst va); (src1 va, scale1 val, src2 va, scale2 val, dst va)");
     static_assert(!P::matched || P::consistent,
-                  "vorx::lcomb: the operands must share one element type and the outputs be writable");
+                  "vorx::lcomb: the operands must share one element type and fixed size, and the "
+                  "outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
                   "vorx::lcomb has (src1 v, scale1 val, src2 v, scale2 val, dst v): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 va, scale1 val, src2 v, scale2 val, dst va) (src1 va, scale1 val, src2 va, scale2 val, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
@@ -6648,7 +6665,8 @@ template <class... A>
     using P = detail::pick<detail::types<A...>, detail::forms::DotProduct_vv, detail::forms::DotProduct_vav, detail::forms::DotProduct_vava>;
     static_assert(P::matched, "vorx::dot_product takes (src1 v, src2 v, dst res); (src1 va, src2 v, dst res); (src1 va, src2 va, dst res)");
     static_assert(!P::matched || P::consistent,
-                  "vorx::dot_product: the operands must share one element type and the outputs be writable");
+                  "vorx::dot_product: the operands must share one element type and fixed size, and the "
+                  "outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
                   "vorx::dot_product has (src1 v, src2 v, dst res): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 va, src2 v, dst res) (src1 va, src2 va, dst res): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
@@ -6664,7 +6682,8 @@ template <class... A>
     using P = detail::pick<detail::types<A...>, detail::forms::L2Norm_v, detail::forms::L2Norm_va>;
     static_assert(P::matched, "vorx::l2_norm takes (src v, dst res); (src va, dst res)");
     static_assert(!P::matched || P::consistent,
-                  "vorx::l2_norm: the operands must share one element type and the outputs be writable");
+                  "vorx::l2_norm: the operands must share one element type and fixed size, and the "
+                  "outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
                   "vorx::l2_norm has (src v, dst res): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src va, dst res): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
@@ -6680,7 +6699,8 @@ template <class... A>
     using P = detail::pick<detail::types<A...>, detail::forms::CrossProduct_vv, detail::forms::CrossProduct_vav, detail::forms::CrossProduct_vva, detail::forms::CrossProduct_vava>;
     static_assert(P::matched, "vorx::cross_product takes (src1 v, src2 v, dst v); (src1 va, src2 v, dst va); (src1 v, src2 va, dst va); (src1 va, src2 va, dst va)");
     static_assert(!P::matched || P::consistent,
-                  "vorx::cross_product: the operands must share one element type and the outputs be writable");
+                  "vorx::cross_product: the operands must share one element type and fixed size, and the "
+                  "outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
                   "vorx::cross_product has (src1 v, src2 v, dst v): float/double, sizes 3, layouts C S2 P; (src1 va, src2 v, dst va) (src1 v, src2 va, dst va) (src1 va, src2 va, dst va): float/double, sizes 3, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
@@ -6696,7 +6716,8 @@ template <class... A>
     using P = detail::pick<detail::types<A...>, detail::forms::Gaxpy_v, detail::forms::Gaxpy_va>;
     static_assert(P::matched, "vorx::gaxpy takes (src1 m, src2 v, src3 v, dst v); (src1 m, src2 va, src3 va, dst va)");
     static_assert(!P::matched || P::consistent,
-                  "vorx::gaxpy: the operands must share one element type and the outputs be writable");
+                  "vorx::gaxpy: the operands must share one element type and fixed size, and the "
+                  "outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
                   "vorx::gaxpy has (src1 m, src2 v, src3 v, dst v): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 m, src2 va, src3 va, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
@@ -6712,7 +6733,8 @@ template <class... A>
     using P = detail::pick<detail::types<A...>, detail::forms::Trace_m, detail::forms::Trace_ma>;
     static_assert(P::matched, "vorx::trace takes (src m, dst res); (src ma, dst res)");
     static_assert(!P::matched || P::consistent,
-                  "vorx::trace: the operands must share one element type and the outputs be writable");
+                  "vorx::trace: the operands must share one element type and fixed size, and the "
+                  "outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
                   "vorx::trace has (src m, dst res): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src ma, dst res): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
@@ -6728,7 +6750,8 @@ template <class... A>
     using P = detail::pick<detail::types<A...>, detail::forms::FrobNorm_m, detail::forms::FrobNorm_ma>;
     static_assert(P::matched, "vorx::frob_norm takes (src m, dst res); (src ma, dst res)");
     static_assert(!P::matched || P::consistent,
-                  "vorx::frob_norm: the operands must share one element type and the outputs be writable");
+                  "vorx::frob_norm: the operands must share one element type and fixed size, and the "
+                  "outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
                   "vorx::frob_norm has (src m, dst res): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src ma, dst res): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
@@ -6744,7 +6767,8 @@ template <class... A>
     using P = detail::pick<detail::types<A...>, detail::forms::Transpose_m, detail::forms::Transpose_ma>;
     static_assert(P::matched, "vorx::transpose takes (src m, dst m); (src ma, dst ma)");
     static_assert(!P::matched || P::consistent,
-                  "vorx::transpose: the operands must share one element type and the outputs be writable");
+                  "vorx::transpose: the operands must share one element type and fixed size, and the "
+                  "outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
                   "vorx::transpose has (src m, dst m): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src ma, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
@@ -6760,7 +6784,8 @@ template <class... A>
     using P = detail::pick<detail::types<A...>, detail::forms::Copy_va, detail::forms::Copy_ma>;
     static_assert(P::matched, "vorx::copy takes (src va, dst va); (src ma, dst ma)");
     static_assert(!P::matched || P::consistent,
-                  "vorx::copy: the operands must share one element type and the outputs be writable");
+                  "vorx::copy: the operands must share one element type and fixed size, and the "
+                  "outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
                   "vorx::copy has (src va, dst va) (src ma, dst ma): float/double, sizes and run-time, layouts SS SP SL PS PP PL LS LP LL (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
@@ -6776,7 +6801,8 @@ template <class... A>
     using P = detail::pick<detail::types<A...>, detail::forms::Extract_v, detail::forms::Extract_va, detail::forms::Extract_m, detail::forms::Extract_mT, detail::forms::Extract_ma, detail::forms::Extract_maT>;
     static_assert(P::matched, "vorx::extract takes (src v, dst buf); (src va, dst buf); (src m, dst buf); (src mT, dst buf); (src ma, dst buf); (src maT, dst buf)");
     static_assert(!P::matched || P::consistent,
-                  "vorx::extract: the operands must share one element type and the outputs be writable");
+                  "vorx::extract: the operands must share one element type and fixed size, and the "
+                  "outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
                   "vorx::extract has (src v, dst buf) (src m, dst buf) (src mT, dst buf): float/double, sizes and run-time, layouts S2 P; (src va, dst buf) (src ma, dst buf) (src maT, dst buf): float/double, sizes and run-time, layouts S2 PS2 LS2 (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
@@ -6792,7 +6818,8 @@ template <class... A>
     using P = detail::pick<detail::types<A...>, detail::forms::LoadIdentity_ma>;
     static_assert(P::matched, "vorx::load_identity takes (dst ma)");
     static_assert(!P::matched || P::consistent,
-                  "vorx::load_identity: the operands must share one element type and the outputs be writable");
+                  "vorx::load_identity: the operands must share one element type and fixed size, and the "
+                  "outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
                   "vorx::load_identity has (dst ma): float/double, sizes and run-time, layouts S P L (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
@@ -6808,7 +6835,8 @@ template <class... A>
     using P = detail::pick<detail::types<A...>, detail::forms::Det_m, detail::forms::Det_ma, detail::forms::Det_m_2, detail::forms::Det_ma_2>;
     static_assert(P::matched, "vorx::det takes (src m, scratch buf, dst res); (src ma, scratch buf, dst res); (src m, dst res); (src ma, dst res)");
     static_assert(!P::matched || P::consistent,
-                  "vorx::det: the operands must share one element type and the outputs be writable");
+                  "vorx::det: the operands must share one element type and fixed size, and the "
+                  "outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
                   "vorx::det has (src m, scratch buf, dst res): float/double, sizes and run-time, layouts C S2 P; (src ma, scratch buf, dst res): float/double, sizes and run-time, layouts C S2 P PS2 L LS2; (src m, dst res): float/double, sizes 3 4 5 6, layouts C S2 P; (src ma, dst res): float/double, sizes 3 4 5 6, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
@@ -6824,7 +6852,8 @@ template <class... A>
     using P = detail::pick<detail::types<A...>, detail::forms::a6_Det_m, detail::forms::a6_Det_ma, detail::forms::a6_Det_ma_2>;
     static_assert(P::matched, "vorx::a6_det takes (src m, dst res); (src ma, dst res); (src ma, dst res)");
     static_assert(!P::matched || P::consistent,
-                  "vorx::a6_det: the operands must share one element type and the outputs be writable");
+                  "vorx::a6_det: the operands must share one element type and fixed size, and the "
+                  "outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
                   "vorx::a6_det has (src m, dst res) (src ma, dst res): float/double, sizes 3 4 5 6, layouts C; (src ma, dst res): float/double, sizes 3 4 5 6, layouts L (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
@@ -6840,7 +6869,8 @@ template <class... A>
     using P = detail::pick<detail::types<A...>, detail::forms::CholeskyDecomp_m, detail::forms::CholeskyDecomp_ma>;
     static_assert(P::matched, "vorx::cholesky_decomp takes (src m, dst m); (src ma, dst ma)");
     static_assert(!P::matched || P::consistent,
-                  "vorx::cholesky_decomp: the operands must share one element type and the outputs be writable");
+                  "vorx::cholesky_decomp: the operands must share one element type and fixed size, and the "
+                  "outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
                   "vorx::cholesky_decomp has (src m, dst m): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src ma, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
@@ -6856,7 +6886,8 @@ template <class... A>
     using P = detail::pick<detail::types<A...>, detail::forms::CholeskyBackSubst_mv, detail::forms::CholeskyBackSubst_mva, detail::forms::CholeskyBackSubst_mava>;
     static_assert(P::matched, "vorx::cholesky_back_subst takes (src1 m, src2 v, dst v); (src1 m, src2 va, dst va); (src1 ma, src2 va, dst va)");
     static_assert(!P::matched || P::consistent,
-                  "vorx::cholesky_back_subst: the operands must share one element type and the outputs be writable");
+                  "vorx::cholesky_back_subst: the operands must share one element type and fixed size, and the "
+                  "outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
                   "vorx::cholesky_back_subst has (src1 m, src2 v, dst v): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 m, src2 va, dst va) (src1 ma, src2 va, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
@@ -6872,7 +6903,8 @@ template <class... A>
     using P = detail::pick<detail::types<A...>, detail::forms::QRDecomp_m, detail::forms::QRDecomp_ma>;
     static_assert(P::matched, "vorx::qr_decomp takes (src m, scratch buf, dst m); (src ma, scratch buf, dst ma)");
     static_assert(!P::matched || P::consistent,
-                  "vorx::qr_decomp: the operands must share one element type and the outputs be writable");
+                  "vorx::qr_decomp: the operands must share one element type and fixed size, and the "
+                  "outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
                   "vorx::qr_decomp has (src m, scratch buf, dst m): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src ma, scratch buf, dst ma): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
@@ -6888,7 +6920,8 @@ template <class... A>
     using P = detail::pick<detail::types<A...>, detail::forms::QRBackSubst_mv, detail::forms::QRBackSubst_mava, detail::forms::QRBackSubst_mva>;
     static_assert(P::matched, "vorx::qr_back_subst takes (src1 m, scratch buf, src2 v, dst v); (src1 ma, scratch buf, src2 va, dst va); (src1 mq, scratch buf, src2 va, dst va)");
     static_assert(!P::matched || P::consistent,
-                  "vorx::qr_back_subst: the operands must share one element type and the outputs be writable");
+                  "vorx::qr_back_subst: the operands must share one element type and fixed size, and the "
+                  "outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
                   "vorx::qr_back_subst has (src1 m, scratch buf, src2 v, dst v): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P; (src1 ma, scratch buf, src2 va, dst va) (src1 mq, scratch buf, src2 va, dst va): float/double, sizes 3 4 5 6 and run-time, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");

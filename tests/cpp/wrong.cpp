@@ -27,5 +27,7 @@ void calls(float* a, double* b, const float* c, float** t)
     (void)vorx::det(vorx::mat(b, 3, 3, 24), b);  // expect: vorx::det has
 #elif CASE == 9
     (void)vorx::lu_decomp(vorx::transposed(vorx::mat<3, 3>(a)), (uint32_t*)nullptr, vorx::mat<3, 3>(a));  // expect: vorx::lu_decomp takes
+#elif CASE == 10
+    (void)vorx::add(vorx::vec<3>(a), vorx::vec<4>(a), vorx::vec<3>(a));  // expect: share one element type and fixed size
 #endif
 }
