@@ -64,6 +64,9 @@ inline void raise_for(status s)
     throw error(s, "vorx: unknown status");
 }
 
+// The library's version record.
+inline const vorxVersionRecord& version() { return *vorxGetLibVersion(); }
+
 // How a view finds its elements (strides and shifts in bytes):
 //   contiguous       x + k*objectStride + i*rowStride + j*sizeof(T)
 //   strided          x + k*objectStride + i*rowStride + j*elemStride

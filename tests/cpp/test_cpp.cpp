@@ -21,6 +21,7 @@ TEST(CppHeader, EveryBuiltNameIsReachedByItsOperands)
     cppCallsAll(c);
     EXPECT_EQ(c.calls, kCppCalls);
     EXPECT_EQ(static_cast<int>(c.names.size()), kCppCalls);
+    EXPECT_EQ(&vorx::version(), vorxGetLibVersion());
     for (const auto& w : c.wrong) ADD_FAILURE() << w;
 }
 
