@@ -178,14 +178,14 @@ An operand is found in memory by its pointer and the integers behind it in the
 argument list; strides and shifts are in bytes and need no alignment. `k` is the
 object, `i` the row, `j` the column (a vector is one row); `E` is the element size.
 
-| Layout | suffix | element (k, i, j) at | picture |
-|---|---|---|---|
-| Contiguous | none | `x + k*objectStride + i*rowStride + j*E` | ![](layout-direct.svg) |
-| Strided | `_S2` | `x + k*objectStride + i*rowStride + j*elemStride` | as Contiguous, `elemStride` apart |
-| Pointer | `_P` | `table[i*width + j] + byteShift + k*E` | ![](layout-elems.svg) |
-| Pointer-strided | `_PS2` | `table[i*width + j] + byteShift + k*objectStride` | as Pointer |
-| List | `_L` | `list[k] + byteShift + i*rowStride + j*E` | ![](layout-list.svg) |
-| List-strided | `_LS2` | `list[k] + byteShift + i*rowStride + j*elemStride` | as List |
+| Layout | suffix | element (k, i, j) at |
+|---|---|---|
+| Contiguous | none | `x + k*objectStride + i*rowStride + j*E` |
+| Strided | `_S2` | `x + k*objectStride + i*rowStride + j*elemStride` |
+| Pointer | `_P` | `table[i*width + j] + byteShift + k*E` (width: the stored one) |
+| Pointer-strided | `_PS2` | `table[i*width + j] + byteShift + k*objectStride` |
+| List | `_L` | `list[k] + byteShift + i*rowStride + j*E` |
+| List-strided | `_LS2` | `list[k] + byteShift + i*rowStride + j*elemStride` |
 
 A single operand of a call with arrays has no `k`: it is Contiguous in `_L` calls,
 Strided in `_LS2` calls, and a Pointer table read at the same places for every
@@ -213,7 +213,9 @@ def layouts_page():
         cells = []
         for k in ("v", "va", "m", "ma"):
             words = _KIND_WORDS[k][lay].split()
-            cells.append(", ".join({"x": "x", "t": "table"}.get(w, WORD_NAMES.get(w, w)) for w in words))
+            names = [{"x": "x", "t": "table"}.get(w) or WORD_NAMES[w][0].lower() + WORD_NAMES[w][1:]
+                     for w in words]
+            cells.append(", ".join(names))
         rows.append("| %s | %s |\n" % (name, " | ".join(cells)))
     return LAYOUTS_PAGE % "".join(rows)
 
