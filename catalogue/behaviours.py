@@ -44,7 +44,10 @@ FAMILIES = {
         statuses=["BadSize", "NullPointer"],
         lines=[
             "Matrix by matrix: dst = op(src1) op(src2), each source's sizes behind its own "
-            "arguments; the sizes must conform (-6). The fixed 32f sizes in Contiguous and "
+            "arguments. Each code tests its own pair of sizes for conformity (-6), kept as "
+            "it stands: `mTm` compares src1Height with src2Height, `mma` and `mama` "
+            "src1Height with src2Width, so a product of non-square operands can be refused "
+            "where the mathematics would conform. The fixed 32f sizes in Contiguous and "
             "List layouts sum each result row from the first product upward in registers; "
             "elsewhere each element is a sum of products by ascending k.",
             "Matrix by vector: src1Height results of src1Width terms, in a tree of sums "
@@ -70,7 +73,11 @@ FAMILIES = {
             "The source is copied into dst and eliminated there: L (unit diagonal, not "
             "stored) below and U on and above the diagonal. Rows never move; the exchanges "
             "are in perm (size entries per object).",
-            "A zero pivot stops that object with -10.",
+            "A pivot below 2^-23 in magnitude stops that object with -10.",
+            "In array calls the last pivot of object n >= 1 is tested at a displaced place: "
+            "n*size elements further along the row of element (perm[size-1], size-1) of that "
+            "object (n rows further down the table in the Pointer layouts). That place must "
+            "be readable, and a value there below the threshold gives -10.",
             "32f: every operation in single precision. 64f: each quotient and each "
             "product-sum rounded once by its store.",
             "dst may be src.",

@@ -29,9 +29,10 @@ def op_name(label):
     return re.sub(r"(?<=[a-z0-9])(?=[A-Z])|(?<=[A-Z])(?=[A-Z][a-z])", "_", label).lower()
 
 
-def lay_code(layout):
-    """The layout of a name as the header's resolution computes it (see lay_fold)."""
-    if layout in ALL_LAYOUTS:
+def lay_code(layout, lettered=False):
+    """The layout of a name as the header's resolution computes it (see lay_fold):
+    lettered where the suffix names operands' layouts by letters (Copy: `PS`)."""
+    if not lettered:
         return ALL_LAYOUTS.index(layout)
     n = 0
     for c in layout:
@@ -94,6 +95,10 @@ class Form:
             slots[pos] = s  # noqa: B020
         self.slots = slots
 
+    @property
+    def lettered(self):
+        return any(s.pair for s in self.slots)
+
     def signature(self):
         return ", ".join(("%s %s" % (s.name, s.kind)) for s in self.slots)
 
@@ -128,7 +133,7 @@ class Form:
         T = TYPES[f.tname]
         arrays = [i for i, s in enumerate(self.slots) if s.array]
         out = []
-        for tok in self.row["args"].split():
+        for tok in f.row["args"].split():
             if tok == "count?":
                 if f.array:
                     out.append("a%d.n" % arrays[0])
@@ -166,18 +171,28 @@ class Form:
 
 
 def forms(built_only=True):
-    """Every form of the built catalogue, with its functions, in table order."""
+    """Every form of the built catalogue, with its functions, in table order. Rows of
+    one family and code with the same template make one form (the determinant
+    kernels' two rows)."""
     out, seen = [], {}
     funcs = catalogue(built_only)
     by_key = {}
     for f in funcs:
-        by_key.setdefault((id(f.row), f.code), []).append(f)
-    for (rid, code), fs in by_key.items():
+        by_key.setdefault((f.label, f.row["args"], f.code), []).append(f)
+    for (_, _, code), fs in by_key.items():
         base = "%s_%s" % (fs[0].label, code)
         n = seen.get(base, 0)
         seen[base] = n + 1
         fid = base if n == 0 else "%s_%d" % (base, n + 1)
         out.append(Form(fs[0].row, code, fid, fs))
+    # A call is resolved by its operation and the kinds of its arguments: two forms
+    # alike there could never both be reached.
+    kinds = {}
+    for form in out:
+        key = (form.op, tuple(s.kind for s in form.slots))
+        if key in kinds:
+            raise ValueError("forms %s and %s take the same arguments" % (kinds[key], form.fid))
+        kinds[key] = form.fid
     return out
 
 
@@ -223,7 +238,7 @@ def header_text():
         out.append("\n// %s (%s)\n" % (form.label, form.signature()))
         for f in form.functions:
             out.append("VORX_FN%d(%s, %s, %d, %d, %s, %s)\n" % (
-                len(form.slots), form.fid, TYPES[f.tname], f.n, lay_code(f.layout), f.name,
+                len(form.slots), form.fid, TYPES[f.tname], f.n, lay_code(f.layout, form.lettered), f.name,
                 ", ".join(form.call_args(f))))
     for n in arity:
         out.append("#undef VORX_FN%d\n" % n)

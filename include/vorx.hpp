@@ -629,7 +629,6 @@ enum class op : int {
     Det_ma_2,
     a6_Det_m,
     a6_Det_ma,
-    a6_Det_ma_2,
     CholeskyDecomp_m,
     CholeskyDecomp_ma,
     CholeskyBackSubst_mv,
@@ -5774,11 +5773,11 @@ VORX_FN2(Extract_maT, double, 0, 5, vorxExtract_maT_64f_LS2, a0.p, a0.bs, a0.rs,
 
 // LoadIdentity (dst ma)
 VORX_FN1(LoadIdentity_ma, float, 0, 17, vorxLoadIdentity_ma_32f_S, a0.p, a0.os, a0.rs, a0.es, a0.width(), a0.height(), a0.n)
-VORX_FN1(LoadIdentity_ma, float, 0, 2, vorxLoadIdentity_ma_32f_P, a0.p, a0.bs, a0.os, a0.width(), a0.height(), a0.n)
-VORX_FN1(LoadIdentity_ma, float, 0, 4, vorxLoadIdentity_ma_32f_L, a0.p, a0.bs, a0.rs, a0.es, a0.width(), a0.height(), a0.n)
+VORX_FN1(LoadIdentity_ma, float, 0, 18, vorxLoadIdentity_ma_32f_P, a0.p, a0.bs, a0.os, a0.width(), a0.height(), a0.n)
+VORX_FN1(LoadIdentity_ma, float, 0, 19, vorxLoadIdentity_ma_32f_L, a0.p, a0.bs, a0.rs, a0.es, a0.width(), a0.height(), a0.n)
 VORX_FN1(LoadIdentity_ma, double, 0, 17, vorxLoadIdentity_ma_64f_S, a0.p, a0.os, a0.rs, a0.es, a0.width(), a0.height(), a0.n)
-VORX_FN1(LoadIdentity_ma, double, 0, 2, vorxLoadIdentity_ma_64f_P, a0.p, a0.bs, a0.os, a0.width(), a0.height(), a0.n)
-VORX_FN1(LoadIdentity_ma, double, 0, 4, vorxLoadIdentity_ma_64f_L, a0.p, a0.bs, a0.rs, a0.es, a0.width(), a0.height(), a0.n)
+VORX_FN1(LoadIdentity_ma, double, 0, 18, vorxLoadIdentity_ma_64f_P, a0.p, a0.bs, a0.os, a0.width(), a0.height(), a0.n)
+VORX_FN1(LoadIdentity_ma, double, 0, 19, vorxLoadIdentity_ma_64f_L, a0.p, a0.bs, a0.rs, a0.es, a0.width(), a0.height(), a0.n)
 
 // Det (src m, scratch buf, dst res)
 VORX_FN3(Det_m, float, 0, 0, vorxDet_m_32f, a0.p, a0.rs, a0.width(), a1, a2)
@@ -5897,16 +5896,14 @@ VORX_FN2(a6_Det_ma, double, 3, 0, a6_Det_ma_64f_3x3, a0.p, a0.os, a0.rs, a1, a0.
 VORX_FN2(a6_Det_ma, double, 4, 0, a6_Det_ma_64f_4x4, a0.p, a0.os, a0.rs, a1, a0.n)
 VORX_FN2(a6_Det_ma, double, 5, 0, a6_Det_ma_64f_5x5, a0.p, a0.os, a0.rs, a1, a0.n)
 VORX_FN2(a6_Det_ma, double, 6, 0, a6_Det_ma_64f_6x6, a0.p, a0.os, a0.rs, a1, a0.n)
-
-// a6_Det (src ma, dst res)
-VORX_FN2(a6_Det_ma_2, float, 3, 4, a6_Det_ma_32f_3x3_L, a0.p, a0.bs, a0.rs, a1, a0.n)
-VORX_FN2(a6_Det_ma_2, float, 4, 4, a6_Det_ma_32f_4x4_L, a0.p, a0.bs, a0.rs, a1, a0.n)
-VORX_FN2(a6_Det_ma_2, float, 5, 4, a6_Det_ma_32f_5x5_L, a0.p, a0.bs, a0.rs, a1, a0.n)
-VORX_FN2(a6_Det_ma_2, float, 6, 4, a6_Det_ma_32f_6x6_L, a0.p, a0.bs, a0.rs, a1, a0.n)
-VORX_FN2(a6_Det_ma_2, double, 3, 4, a6_Det_ma_64f_3x3_L, a0.p, a0.bs, a0.rs, a1, a0.n)
-VORX_FN2(a6_Det_ma_2, double, 4, 4, a6_Det_ma_64f_4x4_L, a0.p, a0.bs, a0.rs, a1, a0.n)
-VORX_FN2(a6_Det_ma_2, double, 5, 4, a6_Det_ma_64f_5x5_L, a0.p, a0.bs, a0.rs, a1, a0.n)
-VORX_FN2(a6_Det_ma_2, double, 6, 4, a6_Det_ma_64f_6x6_L, a0.p, a0.bs, a0.rs, a1, a0.n)
+VORX_FN2(a6_Det_ma, float, 3, 4, a6_Det_ma_32f_3x3_L, a0.p, a0.bs, a0.rs, a1, a0.n)
+VORX_FN2(a6_Det_ma, float, 4, 4, a6_Det_ma_32f_4x4_L, a0.p, a0.bs, a0.rs, a1, a0.n)
+VORX_FN2(a6_Det_ma, float, 5, 4, a6_Det_ma_32f_5x5_L, a0.p, a0.bs, a0.rs, a1, a0.n)
+VORX_FN2(a6_Det_ma, float, 6, 4, a6_Det_ma_32f_6x6_L, a0.p, a0.bs, a0.rs, a1, a0.n)
+VORX_FN2(a6_Det_ma, double, 3, 4, a6_Det_ma_64f_3x3_L, a0.p, a0.bs, a0.rs, a1, a0.n)
+VORX_FN2(a6_Det_ma, double, 4, 4, a6_Det_ma_64f_4x4_L, a0.p, a0.bs, a0.rs, a1, a0.n)
+VORX_FN2(a6_Det_ma, double, 5, 4, a6_Det_ma_64f_5x5_L, a0.p, a0.bs, a0.rs, a1, a0.n)
+VORX_FN2(a6_Det_ma, double, 6, 4, a6_Det_ma_64f_6x6_L, a0.p, a0.bs, a0.rs, a1, a0.n)
 
 // CholeskyDecomp (src m, dst m)
 VORX_FN2(CholeskyDecomp_m, float, 0, 0, vorxCholeskyDecomp_m_32f, a0.p, a0.rs, a1.p, a1.rs, a0.width())
@@ -6529,7 +6526,6 @@ using Det_m_2 = form<op::Det_m_2, slot<sk::m>, slot<sk::res, true>>;
 using Det_ma_2 = form<op::Det_ma_2, slot<sk::ma>, slot<sk::res, true>>;
 using a6_Det_m = form<op::a6_Det_m, slot<sk::m>, slot<sk::res, true>>;
 using a6_Det_ma = form<op::a6_Det_ma, slot<sk::ma>, slot<sk::res, true>>;
-using a6_Det_ma_2 = form<op::a6_Det_ma_2, slot<sk::ma>, slot<sk::res, true>>;
 using CholeskyDecomp_m = form<op::CholeskyDecomp_m, slot<sk::m>, slot<sk::m, true>>;
 using CholeskyDecomp_ma = form<op::CholeskyDecomp_ma, slot<sk::ma>, slot<sk::ma, true>>;
 using CholeskyBackSubst_mv = form<op::CholeskyBackSubst_mv, slot<sk::m>, slot<sk::v>, slot<sk::v, true>>;
@@ -6852,13 +6848,13 @@ template <class... A>
 template <class... A>
 [[nodiscard]] inline status a6_det(A&&... a)
 {
-    using P = detail::pick<detail::types<A...>, detail::forms::a6_Det_m, detail::forms::a6_Det_ma, detail::forms::a6_Det_ma_2>;
-    static_assert(P::matched, "vorx::a6_det takes (src m, dst res); (src ma, dst res); (src ma, dst res)");
+    using P = detail::pick<detail::types<A...>, detail::forms::a6_Det_m, detail::forms::a6_Det_ma>;
+    static_assert(P::matched, "vorx::a6_det takes (src m, dst res); (src ma, dst res)");
     static_assert(!P::matched || P::consistent,
                   "vorx::a6_det: the operands must share one element type and fixed size, and the "
                   "outputs be writable");
     static_assert(!P::matched || !P::consistent || P::found,
-                  "vorx::a6_det has (src m, dst res) (src ma, dst res): float/double, sizes 3 4 5 6, layouts C; (src ma, dst res): float/double, sizes 3 4 5 6, layouts L (in array calls a single operand is contiguous in C "
+                  "vorx::a6_det has (src m, dst res): float/double, sizes 3 4 5 6, layouts C; (src ma, dst res): float/double, sizes 3 4 5 6, layouts C L (in array calls a single operand is contiguous in C "
                   "and L, strided in S2 and LS2, elems in P and PS2)");
     if constexpr (P::found)
         return P::call(a...);

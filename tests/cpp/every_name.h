@@ -42,7 +42,7 @@ struct Arena {
     double* dtab[256];
     float* flist[CNT];
     double* dlist[CNT];
-    uint32_t perms[8] = {};
+    uint32_t perms[CNT * 6] = {};  // a permutation per object
 
     Arena()
     {

@@ -42,22 +42,21 @@ TEST(CppHeader, AdaptersPassTheLayoutOfTheContainer)
     ASSERT_EQ(vorxMul_mva_32f_4x4(m[0].data(), 16, pts[0].data(), 16, viaC[0].data(), 16, 7), 0);
     EXPECT_EQ(std::memcmp(viaHpp.data(), viaC.data(), sizeof(float) * 28), 0);
 
-    // Run-time sizes, a transposed source and element-pointer tables.
-    double a[12], b[12], d[9], e[9];
-    for (int i = 0; i < 12; ++i) a[i] = i * 1.25 - 4, b[i] = 7 - i * 0.5;
-    const double* ta[12];
-    for (int i = 0; i < 12; ++i) ta[i] = &a[11 - i];
-    double* td[9];
-    for (int i = 0; i < 9; ++i) td[i] = &d[i];
-    // (4x3 stored, read as 3x4) by (4x3): 3x3.
-    ASSERT_EQ(vorx::mul(vorx::transposed(vorx::mat_elems(ta, 4, 3, 0)), vorx::mat_elems(ta, 4, 3, 0),
-                        vorx::mat_elems(td, 3, 3, 0)),
+    // Run-time sizes, a transposed source and element-pointer tables: a stored 4x3
+    // matrix read as 3x4 plus a 3x4 one (width 4, height 3 are the operation's).
+    double a[12], b[12], d[12], e[12];
+    const double *ta[12], *tb[12];
+    double *td[12], *te[12];
+    for (int i = 0; i < 12; ++i) {
+        a[i] = i * 1.25 - 4, b[i] = 7 - i * 0.5;
+        ta[i] = &a[11 - i], tb[i] = &b[(5 * i) % 12], td[i] = &d[i], te[i] = &e[i];
+    }
+    ASSERT_EQ(vorx::add(vorx::transposed(vorx::mat_elems(ta, 4, 3, 0)), vorx::mat_elems(tb, 3, 4, 0),
+                        vorx::mat_elems(td, 3, 4, 0)),
               vorx::status::ok);
-    double* te[9];
-    for (int i = 0; i < 9; ++i) te[i] = &e[i];
-    ASSERT_EQ(vorxMul_mTm_64f_P(ta, 0, 4, 3, ta, 0, 3, 4, te, 0), 0);
+    ASSERT_EQ(vorxAdd_mTm_64f_P(ta, 0, tb, 0, te, 0, 4, 3), 0);
     EXPECT_EQ(std::memcmp(d, e, sizeof d), 0);
-    (void)b;
+    EXPECT_EQ(d[1], a[11 - 3] + b[5]);  // result (0, 1): stored (1, 0), entry 3, plus (0, 1), entry 1
 }
 
 TEST(CppHeader, CheckedCallsThrowTheTypeOfTheStatus)
