@@ -6,6 +6,9 @@ exported wrappers of every source unit and the test adapters.
     generate.py build OUTDIR               wrappers (<unit>.inc), exports.map, names.txt,
                                            catalogue_calls.inc for the tests
     generate.py counts                     per-family counts of the whole catalogue
+    generate.py cpp [--check] PATH         write include/vorx.hpp (or compare with it)
+    generate.py docs [--check] DIR         write the manual, docs/ (or compare with it)
+    generate.py html DOCS OUTDIR           render the manual to HTML (python3-markdown)
 
 One rule maps a row to its prototypes and wrappers; see table.py for the tokens.
 """
@@ -427,6 +430,18 @@ def counts():
     return per
 
 
+def _write_or_check(path, text, check, command):
+    """Writes a generated file, or with check says whether it is current."""
+    if check:
+        with open(path) as fh:
+            if fh.read() != text:
+                print("%s is out of date: run catalogue/generate.py %s %s" % (path, command, path))
+                return 1
+        return 0
+    _write_if_changed(path, text)
+    return 0
+
+
 def main(argv):
     if len(argv) >= 2 and argv[0] == "header":
         check = "--check" in argv
@@ -442,7 +457,18 @@ def main(argv):
         return 0
     if len(argv) == 2 and argv[0] == "build":
         write_build(argv[1])
+        import cpp
+        cpp.write_tests(argv[1])
         return 0
+    if len(argv) >= 2 and argv[0] == "cpp":
+        import cpp
+        return _write_or_check(argv[-1], cpp.header_text(), "--check" in argv, "cpp")
+    if len(argv) >= 2 and argv[0] == "docs":
+        import docs
+        return docs.write(argv[-1], "--check" in argv)
+    if len(argv) == 3 and argv[0] == "html":
+        import docs
+        return docs.html(argv[1], argv[2])
     if argv and argv[0] == "counts":
         per = counts()
         for (fam, code), n in sorted(per.items()):

@@ -7,6 +7,7 @@ prefix=$(mktemp -d)
 trap 'rm -rf "$prefix"' EXIT
 cmake --install "$build" --prefix "$prefix" >/dev/null
 test -f "$prefix/include/vorx.h"
+test -f "$prefix/include/vorx.hpp"
 test -f "$prefix/lib/libvorxa6.so"
 test -f "$prefix/lib/cmake/vorx/vorxConfig.cmake"
 test -f "$prefix/lib/pkgconfig/vorx.pc"
