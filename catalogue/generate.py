@@ -6,6 +6,7 @@ exported wrappers of every source unit and the test adapters.
     generate.py build OUTDIR               wrappers (<unit>.inc), exports.map, names.txt,
                                            catalogue_calls.inc for the tests
     generate.py counts                     per-family counts of the whole catalogue
+    generate.py python PATH                the built functions as JSON, for the Python package
 
 One rule maps a row to its prototypes and wrappers; see table.py for the tokens.
 """
@@ -427,6 +428,21 @@ def counts():
     return per
 
 
+def python_table():
+    """Every built function as plain data: its name parts, prototype and operand
+    list. The Python package reads this (from the tree or from the JSON file
+    written next to an installed package) to choose and call functions."""
+    out = []
+    for f in catalogue(built_only=True):
+        out.append(dict(
+            name=f.name, family=f.family, prefix=f.prefix, code=f.code, codes=f.codes,
+            type=f.tname, size=f.n, layout=f.layout, ret=f.ret,
+            params=[[p.name, p.ctype, p.role] for p in f.params],
+            operands=[dict(name=o.name, role=o.role, kind=o.kind, layout=o.layout,
+                           rows=o.rows, cols=o.cols, out=o.out) for o in f.operands]))
+    return out
+
+
 def main(argv):
     if len(argv) >= 2 and argv[0] == "header":
         check = "--check" in argv
@@ -442,6 +458,10 @@ def main(argv):
         return 0
     if len(argv) == 2 and argv[0] == "build":
         write_build(argv[1])
+        return 0
+    if len(argv) == 2 and argv[0] == "python":
+        import json
+        _write_if_changed(argv[1], json.dumps(python_table(), separators=(",", ":")) + "\n")
         return 0
     if argv and argv[0] == "counts":
         per = counts()
