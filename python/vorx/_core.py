@@ -173,6 +173,7 @@ class Operation:
     def __init__(self, family, entries):
         self.family = family
         self.by_code = {}
+        self.cache = {}
         for e in entries:
             _code_positions(e)
             e.slots = _python_order(e)
@@ -197,7 +198,25 @@ class Operation:
         return True
 
     def plan(self, args, outs, dtype, given_sizes):
-        """Every function that takes these operands, the best first."""
+        """Every function that takes these operands, the best first. The functions
+        found are kept for operands of the same types, shapes and strides."""
+        key = (dtype.str, tuple(map(_signature, args)),
+               None if outs is None else tuple(_signature(Arg(x)) for x in outs),
+               tuple(sorted(given_sizes.items())))
+        entries = self.cache.get(key)
+        if entries is None:
+            plans = self._search(args, outs, dtype, given_sizes)
+            if len(self.cache) > 512:
+                self.cache.clear()
+            self.cache[key] = [p.entry for p in plans]
+            yield from plans
+            return
+        for e in entries:
+            p = self._plan_entry(e, e.slots, args, outs, given_sizes, [])
+            if p is not None:
+                yield p
+
+    def _search(self, args, outs, dtype, given_sizes):
         reasons = []
         plans = []
         for code, entries in self.by_code.items():
@@ -343,7 +362,7 @@ class Operation:
         fresh = self._unalias(p, args, outs)
         if fresh is not None:
             args = fresh
-            p = self.plan(args, outs, dtype, sizes)[0]
+            p = next(self.plan(args, outs, dtype, sizes))
         if outs is not None and p.entry.family in CAN_FAIL:
             # In place: keep the sources, so that a failure can be traced to its object.
             dst = [x for o in outs for x in Arg(o).arrays()]
@@ -484,6 +503,14 @@ class Operation:
                 lo = mid + 1
         run(p.count)                 # leave the outputs as the single call did
         return lo
+
+
+def _signature(a):
+    if a.form == "s":
+        return "s"
+    if a.form == "l":
+        return ("l", len(a.items), frozenset((x.dtype.str, x.shape, x.strides) for x in a.items))
+    return (a.array.dtype.str, a.array.shape, a.array.strides)
 
 
 def _outputs(e):

@@ -50,7 +50,7 @@ def _wrap(family, fn):
         sample = [Arg(np.zeros((1,) + a.shape[1:], a.dtype)) if isinstance(a, da.Array) else Arg(a)
                   for a in args]
         dtype = _dtype(sample)
-        plan = op.plan([_converted(a, dtype) for a in sample], None, dtype, dict(sizes, count=1))[0]
+        plan = next(op.plan([_converted(a, dtype) for a in sample], None, dtype, dict(sizes, count=1)))
         e = plan.entry
         names = dict(plan.sizes, objects=1)
         outs = [(_out_shape(o, e, names, 1)[1:], np.uint32 if o["role"] == "i" else e.dtype)
