@@ -419,11 +419,8 @@ class Operation:
             if o["role"] == "b" and o["name"] == "scratch":
                 p.stored[o["name"]] = Arg(np.empty(_evaluate(o["rows"], names) * _evaluate(o["cols"], names),
                                                    dtype=e.dtype))
-        if e.family in ONE_BY_ONE and e.array:
-            for k in range(p.count):
-                status = self._call(p, 1, k)
-                if status != 0:
-                    self._fail(p, status, k)
+        if e.family in DISPLACED and e.array and p.count > 1:
+            self._run_displaced(p, outs)
         elif not (e.array and p.count == 0):
             status = self._call(p, p.count)
             if status != 0:
@@ -433,6 +430,36 @@ class Operation:
                 x = x.reshape(-1)[0]
             results.append(x)
         return results
+
+    def _run_displaced(self, p, outs):
+        """LUDecomp's array members test the last pivot of object n at n*size elements
+        past it (past the operand's end for late objects). Here dst is a buffer of
+        ours with the objects' rows interleaved and as much again beside them, all
+        1.0 beforehand: object n's displaced place is then row l of object 2n, not
+        yet written or padding, so those tests pass and read only this buffer. The
+        real last pivots are tested here afterwards, the same way."""
+        e = p.entry
+        size, itemsize, count = p.sizes["size"], e.dtype.itemsize, p.count
+        if 2 * count * size * itemsize >= INT32:
+            raise ValueError("%s: at most %d objects a call" % (e.name, INT32 // (2 * size * itemsize) - 1))
+        buf = np.ones((size, 2 * count, size), e.dtype)
+        dst = np.swapaxes(buf[:, :count], 0, 1)
+        given = outs[0]
+        p.stored["dst"], p.snapshot, p.args = Arg(dst), [(buf, 1.0)], None
+        status = self._call(p, count)
+        index = self._first_failure(p, status) if status else count
+        rows = p.stored["perm"].array.reshape(count, size)[:index, -1]
+        last = dst[np.arange(index), rows, -1]
+        passed = np.abs(last.astype(np.float64)) >= 2.0 ** -23   # False for NaN
+        if not passed.all():
+            index, status = int(np.argmin(passed)), STATUS_ZERO_DIVIDE
+        if isinstance(given, list):
+            for x, y in zip(given, dst):
+                np.copyto(x, y)
+        else:
+            np.copyto(given, dst)
+        if status:
+            self._fail(p, status, index)
 
     def _arguments(self, p):
         """The call's arguments, and for each the bytes it moves by per object (to
@@ -602,9 +629,8 @@ def _same_view(a, out):
 # (same strides): element by element, or each object read whole before it is written.
 # Any other overlap makes the call work on a copy of the source.
 # Families whose array members test objects after the first at a displaced place
-# (LUDecomp's last pivot: n*size elements on, even past the operand's end): their
-# batches are run one object a time, each as the first object of a call.
-ONE_BY_ONE = {"LUDecomp"}
+# (LUDecomp's last pivot): see Operation._run_displaced.
+DISPLACED = {"LUDecomp"}
 # Sizes the catalogue names apart that the operation needs equal (the inner size of
 # a product; the length of the vector, which no shape names): the first takes the
 # second's value where no operand gives it, and they are checked before the call.

@@ -127,15 +127,18 @@ def test_statuses_raise_naming_the_first_failing_object():
     with pytest.raises(vorx.SingularMatrixError) as err:
         vorx.lu_decomp(a)
     assert isinstance(err.value, np.linalg.LinAlgError) and err.value.index == 5
+    # A zero last pivot alone, in an object after the first.
+    a[2] = np.diag([1.0, 1.0, 1.0, 0.0])
+    with pytest.raises(vorx.SingularMatrixError, match="object 2"):
+        vorx.lu_decomp(a)
     s = spd(np.float32, 4, 3)
     s[2, 1, 1] = -5
     with pytest.raises(vorx.NotPositiveDefiniteError, match="object 2"):
         vorx.cholesky_decomp(s)
     # In place: the sources are overwritten, the object is still found.
-    with pytest.raises(vorx.SingularMatrixError) as err:
-        vorx.lu_decomp(a, out=(a, np.empty((8, 4), np.uint32)))
-    assert err.value.index == 5
-    np.testing.assert_array_equal(a[6], 0)   # later objects untouched
+    with pytest.raises(vorx.NotPositiveDefiniteError) as err:
+        vorx.cholesky_decomp(s, out=s)
+    assert err.value.index == 2
 
 
 def test_bad_shapes_raise_before_the_call():
