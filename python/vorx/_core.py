@@ -340,18 +340,20 @@ class Operation:
         # The catalogue does not know every rule that ties sizes together (the
         # inner sizes of a product): a function that finds its sizes bad has
         # written nothing, and the next that takes the operands is tried.
+        bad = None
         for p, outs in self._prepare(args, out, sizes):
             try:
                 results = self._run(p, outs)
             except _BadSize as err:
-                bad = err
+                bad = bad or err
                 continue
             return results[0] if len(results) == 1 else tuple(results)
         raise ValueError(str(bad))
 
     def _prepare(self, args, out, sizes):
         args = [Arg(a) for a in args]
-        dtype = _dtype(args)
+        given = [Arg(x) for x in ((out if isinstance(out, tuple) else (out,)) if out is not None else ())]
+        dtype = _dtype(args if any(a.form != "s" for a in args) else given)
         args = [_converted(a, dtype) for a in args]
         single_out = out is not None and not isinstance(out, tuple)
         outs = None if out is None else (out,) if single_out else tuple(out)
