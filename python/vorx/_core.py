@@ -400,7 +400,9 @@ class Operation:
         if outs is None:
             outs = []
             for o in outputs:
-                x = np.empty(_out_shape(o, e, names, p.count), dtype=np.uint32 if o["role"] == "i" else e.dtype)
+                # Zeros: a family may leave part of its output alone (LoadIdentity
+                # writes width columns of each row and its running diagonal).
+                x = np.zeros(_out_shape(o, e, names, p.count), dtype=np.uint32 if o["role"] == "i" else e.dtype)
                 outs.append(x)
         else:
             outs = [Arg(x).items if isinstance(x, (list, tuple)) else x for x in outs]

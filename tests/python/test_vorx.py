@@ -64,6 +64,9 @@ def test_every_family_has_an_entry():
     assert set(vorx.families) == {e.family for e in vorx.entries.values()}
     missing = set(vorx.families) - set(_samples(np.float64, 1, 3)) - {"LoadIdentity"}
     assert not missing, "families without a sample here: %s" % sorted(missing)
+    # No sources: the sizes the shapes cannot give come by name; a running diagonal.
+    ident = vorx.load_identity(width=3, height=3, count=2)
+    np.testing.assert_array_equal(ident[1], np.eye(3, 9, 3))
 
 
 @pytest.mark.parametrize("dt", TYPES)
