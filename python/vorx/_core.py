@@ -187,7 +187,7 @@ class Operation:
                 if a.form != "s":
                     return False
             elif o["role"] == "o":
-                base = 1 if o["kind"] in VECTOR_KINDS or o["kind"] == "v" else 2
+                base = 1 if o["kind"] in VECTOR_KINDS else 2
                 if o["kind"] in ARRAY_KINDS:
                     if a.form == "s" or a.ndim() not in (None, base + 1):
                         return False
@@ -270,8 +270,8 @@ class Operation:
                 reasons.append("list objects of different shapes")
                 return None
             exprs = [o["cols"]] if o["kind"] in VECTOR_KINDS else [o["rows"], o["cols"]]
-            if o["kind"] in TRANSPOSED_KINDS:
-                pass  # the logical shape is the operation's; the stored one is swapped below
+            # The shape given is the operation's; a transposed kind's stored one is
+            # swapped below.
             for expr, dim in zip(exprs, shape):
                 name = _strip(expr)
                 if name.isidentifier() and name in e.size_names:

@@ -88,18 +88,20 @@ def test_family_against_numpy(family, n, dt):
 
 def _forms(a):
     """The stride cases of a batch: C order, each object Fortran order, a slice of a
-    larger batch, negative strides, elements apart, and a list."""
+    larger batch, negative strides (objects; rows and elements), elements apart, and
+    a list."""
     big = np.zeros((2 * a.shape[0],) + a.shape[1:], a.dtype)
     big[::2] = a
     wide = np.zeros(a.shape[:-1] + (2 * a.shape[-1],), a.dtype)
     wide[..., ::2] = a
     fortran = np.swapaxes(np.swapaxes(a, -1, -2).copy(), -1, -2)
     return {"C": (a, ""), "F": (fortran, ""), "sliced": (big[::2], ""), "negative": (a[::-1].copy()[::-1], ""),
+            "reversed": (a[:, ::-1, ::-1].copy()[:, ::-1, ::-1], "_S2"),
             "elements": (wide[..., ::2], "_S2"), "list": (list(a), "_L")}
 
 
 @pytest.mark.parametrize("dt", TYPES)
-@pytest.mark.parametrize("form", ["C", "F", "sliced", "negative", "elements", "list"])
+@pytest.mark.parametrize("form", ["C", "F", "sliced", "negative", "reversed", "elements", "list"])
 def test_strides_choose_the_form_and_agree(form, dt):
     a, b = dominant(dt, 6, 4), rand(dt, 6, 4, 4)
     x, suffix = _forms(a)[form]
