@@ -64,7 +64,7 @@ class Arg:
     def __init__(self, x, dtype=None):
         if isinstance(x, (list, tuple)):
             self.form, self.items = "l", [np.asarray(i) for i in x]
-        elif np.ndim(x) == 0 and not isinstance(x, np.ndarray):
+        elif np.ndim(x) == 0:
             self.form, self.value = "s", x
         else:
             self.form, self.array = "a", np.asarray(x)
