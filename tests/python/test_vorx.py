@@ -55,7 +55,8 @@ def _samples(dt, k, n):
         "CholeskyDecomp": [((s,), lambda r: np.tril(r, -1) + np.eye(n) / np.diagonal(r, 0, -2, -1)[..., None],
                             np.linalg.cholesky(s.astype(np.float64)))],
         "CholeskyBackSubst": [((vorx.cholesky_decomp(s), b), solve(s, b))],
-        "QRDecomp": [((a,), lambda r: vorx.qr_back_subst(r, b), solve(a, b))],
+        "QRDecomp": [((a,), lambda r: vorx.qr_back_subst(r, b), solve(a, b)),
+                     ((a,), lambda r: np.abs(np.triu(r)), np.abs(np.linalg.qr(a.astype(np.float64))[1]))],
         "QRBackSubst": [((vorx.qr_decomp(a), b), solve(a, b))],
     }
 
