@@ -193,7 +193,20 @@ FAMILIES = {
     "Invert": dict(
         title="Inversion",
         statuses=["BadSize", "NullPointer", "ZeroDivide"],
-        lines=["Not built yet."]),
+        lines=[
+            "Any size: the adjugate. The determinant by the elimination of Det, then every "
+            "cofactor by an elimination of its own on rows copied afresh from src, in the "
+            "caller's scratch; dst[j][i] = (minor * (1.0 / det)) * sign. A determinant that "
+            "comes out 0.0 fails the object with -10, its dst untouched.",
+            "Fixed sizes: 32f packed (Contiguous and List) test only d == 0.0 and take the "
+            "reciprocal estimate with one Newton step; 32f scalar fails on |d| < 1e-07 and "
+            "64f on |d| < 1e-15 and divide once. 5x5 and 6x6 outside the packed forms use "
+            "the 2+3 and 3+3 partitions.",
+            "On failure: the 4x4 scalar and 64f forms leave the unscaled adjugate in dst; "
+            "the packed 5x5 and 6x6 leave dst partly written; the other forms write nothing.",
+            "Packed results hold the processor's reciprocal estimate, so their last bits "
+            "may differ between processors.",
+        ]),
     "CholeskyDecomp": dict(
         title="Cholesky decomposition",
         statuses=["BadSize", "NullPointer", "NotPositiveDefinite"],

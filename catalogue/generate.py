@@ -9,6 +9,7 @@ exported wrappers of every source unit and the test adapters.
     generate.py cpp [--check] PATH         write include/vorx.hpp (or compare with it)
     generate.py docs [--check] DIR         write the manual, docs/ (or compare with it)
     generate.py html DOCS OUTDIR           render the manual to HTML (python3-markdown)
+    generate.py python PATH                the built functions as JSON, for the Python package
 
 One rule maps a row to its prototypes and wrappers; see table.py for the tokens.
 """
@@ -442,19 +443,24 @@ def _write_or_check(path, text, check, command):
     return 0
 
 
+def python_table():
+    """Every built function as plain data: its name parts, prototype and operand
+    list. The Python package reads this (from the tree or from the JSON file
+    written next to an installed package) to choose and call functions."""
+    out = []
+    for f in catalogue(built_only=True):
+        out.append(dict(
+            name=f.name, family=f.family, prefix=f.prefix, code=f.code, codes=f.codes,
+            type=f.tname, size=f.n, layout=f.layout, ret=f.ret,
+            params=[[p.name, p.ctype, p.role] for p in f.params],
+            operands=[dict(name=o.name, role=o.role, kind=o.kind, layout=o.layout,
+                           rows=o.rows, cols=o.cols, out=o.out) for o in f.operands]))
+    return out
+
+
 def main(argv):
     if len(argv) >= 2 and argv[0] == "header":
-        check = "--check" in argv
-        path = argv[-1]
-        text = header_text()
-        if check:
-            with open(path) as fh:
-                if fh.read() != text:
-                    print("%s is out of date: run catalogue/generate.py header %s" % (path, path))
-                    return 1
-            return 0
-        _write_if_changed(path, text)
-        return 0
+        return _write_or_check(argv[-1], header_text(), "--check" in argv, "header")
     if len(argv) == 2 and argv[0] == "build":
         write_build(argv[1])
         import cpp
@@ -469,6 +475,10 @@ def main(argv):
     if len(argv) == 3 and argv[0] == "html":
         import docs
         return docs.html(argv[1], argv[2])
+    if len(argv) == 2 and argv[0] == "python":
+        import json
+        _write_if_changed(argv[1], json.dumps(python_table(), separators=(",", ":")) + "\n")
+        return 0
     if argv and argv[0] == "counts":
         per = counts()
         for (fam, code), n in sorted(per.items()):

@@ -629,6 +629,10 @@ enum class op : int {
     Det_ma_2,
     a6_Det_m,
     a6_Det_ma,
+    Invert_m,
+    Invert_ma,
+    Invert_m_2,
+    Invert_ma_2,
     CholeskyDecomp_m,
     CholeskyDecomp_ma,
     CholeskyBackSubst_mv,
@@ -5905,6 +5909,104 @@ VORX_FN2(a6_Det_ma, double, 4, 4, a6_Det_ma_64f_4x4_L, a0.p, a0.bs, a0.rs, a1, a
 VORX_FN2(a6_Det_ma, double, 5, 4, a6_Det_ma_64f_5x5_L, a0.p, a0.bs, a0.rs, a1, a0.n)
 VORX_FN2(a6_Det_ma, double, 6, 4, a6_Det_ma_64f_6x6_L, a0.p, a0.bs, a0.rs, a1, a0.n)
 
+// Invert (src m, scratch buf, dst m)
+VORX_FN3(Invert_m, float, 0, 0, vorxInvert_m_32f, a0.p, a0.rs, a0.width(), a1, a2.p, a2.rs)
+VORX_FN3(Invert_m, float, 0, 1, vorxInvert_m_32f_S2, a0.p, a0.rs, a0.es, a0.width(), a1, a2.p, a2.rs, a2.es)
+VORX_FN3(Invert_m, float, 0, 2, vorxInvert_m_32f_P, a0.p, a0.bs, a0.width(), a1, a2.p, a2.bs)
+VORX_FN3(Invert_m, double, 0, 0, vorxInvert_m_64f, a0.p, a0.rs, a0.width(), a1, a2.p, a2.rs)
+VORX_FN3(Invert_m, double, 0, 1, vorxInvert_m_64f_S2, a0.p, a0.rs, a0.es, a0.width(), a1, a2.p, a2.rs, a2.es)
+VORX_FN3(Invert_m, double, 0, 2, vorxInvert_m_64f_P, a0.p, a0.bs, a0.width(), a1, a2.p, a2.bs)
+
+// Invert (src ma, scratch buf, dst ma)
+VORX_FN3(Invert_ma, float, 0, 0, vorxInvert_ma_32f, a0.p, a0.os, a0.rs, a0.width(), a1, a2.p, a2.os, a2.rs, a0.n)
+VORX_FN3(Invert_ma, float, 0, 1, vorxInvert_ma_32f_S2, a0.p, a0.os, a0.rs, a0.es, a0.width(), a1, a2.p, a2.os, a2.rs, a2.es, a0.n)
+VORX_FN3(Invert_ma, float, 0, 2, vorxInvert_ma_32f_P, a0.p, a0.bs, a0.width(), a1, a2.p, a2.bs, a0.n)
+VORX_FN3(Invert_ma, float, 0, 3, vorxInvert_ma_32f_PS2, a0.p, a0.bs, a0.os, a0.width(), a1, a2.p, a2.bs, a2.os, a0.n)
+VORX_FN3(Invert_ma, float, 0, 4, vorxInvert_ma_32f_L, a0.p, a0.bs, a0.rs, a0.width(), a1, a2.p, a2.bs, a2.rs, a0.n)
+VORX_FN3(Invert_ma, float, 0, 5, vorxInvert_ma_32f_LS2, a0.p, a0.bs, a0.rs, a0.es, a0.width(), a1, a2.p, a2.bs, a2.rs, a2.es, a0.n)
+VORX_FN3(Invert_ma, double, 0, 0, vorxInvert_ma_64f, a0.p, a0.os, a0.rs, a0.width(), a1, a2.p, a2.os, a2.rs, a0.n)
+VORX_FN3(Invert_ma, double, 0, 1, vorxInvert_ma_64f_S2, a0.p, a0.os, a0.rs, a0.es, a0.width(), a1, a2.p, a2.os, a2.rs, a2.es, a0.n)
+VORX_FN3(Invert_ma, double, 0, 2, vorxInvert_ma_64f_P, a0.p, a0.bs, a0.width(), a1, a2.p, a2.bs, a0.n)
+VORX_FN3(Invert_ma, double, 0, 3, vorxInvert_ma_64f_PS2, a0.p, a0.bs, a0.os, a0.width(), a1, a2.p, a2.bs, a2.os, a0.n)
+VORX_FN3(Invert_ma, double, 0, 4, vorxInvert_ma_64f_L, a0.p, a0.bs, a0.rs, a0.width(), a1, a2.p, a2.bs, a2.rs, a0.n)
+VORX_FN3(Invert_ma, double, 0, 5, vorxInvert_ma_64f_LS2, a0.p, a0.bs, a0.rs, a0.es, a0.width(), a1, a2.p, a2.bs, a2.rs, a2.es, a0.n)
+
+// Invert (src m, dst m)
+VORX_FN2(Invert_m_2, float, 3, 0, vorxInvert_m_32f_3x3, a0.p, a0.rs, a1.p, a1.rs)
+VORX_FN2(Invert_m_2, float, 3, 1, vorxInvert_m_32f_3x3_S2, a0.p, a0.rs, a0.es, a1.p, a1.rs, a1.es)
+VORX_FN2(Invert_m_2, float, 3, 2, vorxInvert_m_32f_3x3_P, a0.p, a0.bs, a1.p, a1.bs)
+VORX_FN2(Invert_m_2, float, 4, 0, vorxInvert_m_32f_4x4, a0.p, a0.rs, a1.p, a1.rs)
+VORX_FN2(Invert_m_2, float, 4, 1, vorxInvert_m_32f_4x4_S2, a0.p, a0.rs, a0.es, a1.p, a1.rs, a1.es)
+VORX_FN2(Invert_m_2, float, 4, 2, vorxInvert_m_32f_4x4_P, a0.p, a0.bs, a1.p, a1.bs)
+VORX_FN2(Invert_m_2, float, 5, 0, vorxInvert_m_32f_5x5, a0.p, a0.rs, a1.p, a1.rs)
+VORX_FN2(Invert_m_2, float, 5, 1, vorxInvert_m_32f_5x5_S2, a0.p, a0.rs, a0.es, a1.p, a1.rs, a1.es)
+VORX_FN2(Invert_m_2, float, 5, 2, vorxInvert_m_32f_5x5_P, a0.p, a0.bs, a1.p, a1.bs)
+VORX_FN2(Invert_m_2, float, 6, 0, vorxInvert_m_32f_6x6, a0.p, a0.rs, a1.p, a1.rs)
+VORX_FN2(Invert_m_2, float, 6, 1, vorxInvert_m_32f_6x6_S2, a0.p, a0.rs, a0.es, a1.p, a1.rs, a1.es)
+VORX_FN2(Invert_m_2, float, 6, 2, vorxInvert_m_32f_6x6_P, a0.p, a0.bs, a1.p, a1.bs)
+VORX_FN2(Invert_m_2, double, 3, 0, vorxInvert_m_64f_3x3, a0.p, a0.rs, a1.p, a1.rs)
+VORX_FN2(Invert_m_2, double, 3, 1, vorxInvert_m_64f_3x3_S2, a0.p, a0.rs, a0.es, a1.p, a1.rs, a1.es)
+VORX_FN2(Invert_m_2, double, 3, 2, vorxInvert_m_64f_3x3_P, a0.p, a0.bs, a1.p, a1.bs)
+VORX_FN2(Invert_m_2, double, 4, 0, vorxInvert_m_64f_4x4, a0.p, a0.rs, a1.p, a1.rs)
+VORX_FN2(Invert_m_2, double, 4, 1, vorxInvert_m_64f_4x4_S2, a0.p, a0.rs, a0.es, a1.p, a1.rs, a1.es)
+VORX_FN2(Invert_m_2, double, 4, 2, vorxInvert_m_64f_4x4_P, a0.p, a0.bs, a1.p, a1.bs)
+VORX_FN2(Invert_m_2, double, 5, 0, vorxInvert_m_64f_5x5, a0.p, a0.rs, a1.p, a1.rs)
+VORX_FN2(Invert_m_2, double, 5, 1, vorxInvert_m_64f_5x5_S2, a0.p, a0.rs, a0.es, a1.p, a1.rs, a1.es)
+VORX_FN2(Invert_m_2, double, 5, 2, vorxInvert_m_64f_5x5_P, a0.p, a0.bs, a1.p, a1.bs)
+VORX_FN2(Invert_m_2, double, 6, 0, vorxInvert_m_64f_6x6, a0.p, a0.rs, a1.p, a1.rs)
+VORX_FN2(Invert_m_2, double, 6, 1, vorxInvert_m_64f_6x6_S2, a0.p, a0.rs, a0.es, a1.p, a1.rs, a1.es)
+VORX_FN2(Invert_m_2, double, 6, 2, vorxInvert_m_64f_6x6_P, a0.p, a0.bs, a1.p, a1.bs)
+
+// Invert (src ma, dst ma)
+VORX_FN2(Invert_ma_2, float, 3, 0, vorxInvert_ma_32f_3x3, a0.p, a0.os, a0.rs, a1.p, a1.os, a1.rs, a0.n)
+VORX_FN2(Invert_ma_2, float, 3, 1, vorxInvert_ma_32f_3x3_S2, a0.p, a0.os, a0.rs, a0.es, a1.p, a1.os, a1.rs, a1.es, a0.n)
+VORX_FN2(Invert_ma_2, float, 3, 2, vorxInvert_ma_32f_3x3_P, a0.p, a0.bs, a1.p, a1.bs, a0.n)
+VORX_FN2(Invert_ma_2, float, 3, 3, vorxInvert_ma_32f_3x3_PS2, a0.p, a0.bs, a0.os, a1.p, a1.bs, a1.os, a0.n)
+VORX_FN2(Invert_ma_2, float, 3, 4, vorxInvert_ma_32f_3x3_L, a0.p, a0.bs, a0.rs, a1.p, a1.bs, a1.rs, a0.n)
+VORX_FN2(Invert_ma_2, float, 3, 5, vorxInvert_ma_32f_3x3_LS2, a0.p, a0.bs, a0.rs, a0.es, a1.p, a1.bs, a1.rs, a1.es, a0.n)
+VORX_FN2(Invert_ma_2, float, 4, 0, vorxInvert_ma_32f_4x4, a0.p, a0.os, a0.rs, a1.p, a1.os, a1.rs, a0.n)
+VORX_FN2(Invert_ma_2, float, 4, 1, vorxInvert_ma_32f_4x4_S2, a0.p, a0.os, a0.rs, a0.es, a1.p, a1.os, a1.rs, a1.es, a0.n)
+VORX_FN2(Invert_ma_2, float, 4, 2, vorxInvert_ma_32f_4x4_P, a0.p, a0.bs, a1.p, a1.bs, a0.n)
+VORX_FN2(Invert_ma_2, float, 4, 3, vorxInvert_ma_32f_4x4_PS2, a0.p, a0.bs, a0.os, a1.p, a1.bs, a1.os, a0.n)
+VORX_FN2(Invert_ma_2, float, 4, 4, vorxInvert_ma_32f_4x4_L, a0.p, a0.bs, a0.rs, a1.p, a1.bs, a1.rs, a0.n)
+VORX_FN2(Invert_ma_2, float, 4, 5, vorxInvert_ma_32f_4x4_LS2, a0.p, a0.bs, a0.rs, a0.es, a1.p, a1.bs, a1.rs, a1.es, a0.n)
+VORX_FN2(Invert_ma_2, float, 5, 0, vorxInvert_ma_32f_5x5, a0.p, a0.os, a0.rs, a1.p, a1.os, a1.rs, a0.n)
+VORX_FN2(Invert_ma_2, float, 5, 1, vorxInvert_ma_32f_5x5_S2, a0.p, a0.os, a0.rs, a0.es, a1.p, a1.os, a1.rs, a1.es, a0.n)
+VORX_FN2(Invert_ma_2, float, 5, 2, vorxInvert_ma_32f_5x5_P, a0.p, a0.bs, a1.p, a1.bs, a0.n)
+VORX_FN2(Invert_ma_2, float, 5, 3, vorxInvert_ma_32f_5x5_PS2, a0.p, a0.bs, a0.os, a1.p, a1.bs, a1.os, a0.n)
+VORX_FN2(Invert_ma_2, float, 5, 4, vorxInvert_ma_32f_5x5_L, a0.p, a0.bs, a0.rs, a1.p, a1.bs, a1.rs, a0.n)
+VORX_FN2(Invert_ma_2, float, 5, 5, vorxInvert_ma_32f_5x5_LS2, a0.p, a0.bs, a0.rs, a0.es, a1.p, a1.bs, a1.rs, a1.es, a0.n)
+VORX_FN2(Invert_ma_2, float, 6, 0, vorxInvert_ma_32f_6x6, a0.p, a0.os, a0.rs, a1.p, a1.os, a1.rs, a0.n)
+VORX_FN2(Invert_ma_2, float, 6, 1, vorxInvert_ma_32f_6x6_S2, a0.p, a0.os, a0.rs, a0.es, a1.p, a1.os, a1.rs, a1.es, a0.n)
+VORX_FN2(Invert_ma_2, float, 6, 2, vorxInvert_ma_32f_6x6_P, a0.p, a0.bs, a1.p, a1.bs, a0.n)
+VORX_FN2(Invert_ma_2, float, 6, 3, vorxInvert_ma_32f_6x6_PS2, a0.p, a0.bs, a0.os, a1.p, a1.bs, a1.os, a0.n)
+VORX_FN2(Invert_ma_2, float, 6, 4, vorxInvert_ma_32f_6x6_L, a0.p, a0.bs, a0.rs, a1.p, a1.bs, a1.rs, a0.n)
+VORX_FN2(Invert_ma_2, float, 6, 5, vorxInvert_ma_32f_6x6_LS2, a0.p, a0.bs, a0.rs, a0.es, a1.p, a1.bs, a1.rs, a1.es, a0.n)
+VORX_FN2(Invert_ma_2, double, 3, 0, vorxInvert_ma_64f_3x3, a0.p, a0.os, a0.rs, a1.p, a1.os, a1.rs, a0.n)
+VORX_FN2(Invert_ma_2, double, 3, 1, vorxInvert_ma_64f_3x3_S2, a0.p, a0.os, a0.rs, a0.es, a1.p, a1.os, a1.rs, a1.es, a0.n)
+VORX_FN2(Invert_ma_2, double, 3, 2, vorxInvert_ma_64f_3x3_P, a0.p, a0.bs, a1.p, a1.bs, a0.n)
+VORX_FN2(Invert_ma_2, double, 3, 3, vorxInvert_ma_64f_3x3_PS2, a0.p, a0.bs, a0.os, a1.p, a1.bs, a1.os, a0.n)
+VORX_FN2(Invert_ma_2, double, 3, 4, vorxInvert_ma_64f_3x3_L, a0.p, a0.bs, a0.rs, a1.p, a1.bs, a1.rs, a0.n)
+VORX_FN2(Invert_ma_2, double, 3, 5, vorxInvert_ma_64f_3x3_LS2, a0.p, a0.bs, a0.rs, a0.es, a1.p, a1.bs, a1.rs, a1.es, a0.n)
+VORX_FN2(Invert_ma_2, double, 4, 0, vorxInvert_ma_64f_4x4, a0.p, a0.os, a0.rs, a1.p, a1.os, a1.rs, a0.n)
+VORX_FN2(Invert_ma_2, double, 4, 1, vorxInvert_ma_64f_4x4_S2, a0.p, a0.os, a0.rs, a0.es, a1.p, a1.os, a1.rs, a1.es, a0.n)
+VORX_FN2(Invert_ma_2, double, 4, 2, vorxInvert_ma_64f_4x4_P, a0.p, a0.bs, a1.p, a1.bs, a0.n)
+VORX_FN2(Invert_ma_2, double, 4, 3, vorxInvert_ma_64f_4x4_PS2, a0.p, a0.bs, a0.os, a1.p, a1.bs, a1.os, a0.n)
+VORX_FN2(Invert_ma_2, double, 4, 4, vorxInvert_ma_64f_4x4_L, a0.p, a0.bs, a0.rs, a1.p, a1.bs, a1.rs, a0.n)
+VORX_FN2(Invert_ma_2, double, 4, 5, vorxInvert_ma_64f_4x4_LS2, a0.p, a0.bs, a0.rs, a0.es, a1.p, a1.bs, a1.rs, a1.es, a0.n)
+VORX_FN2(Invert_ma_2, double, 5, 0, vorxInvert_ma_64f_5x5, a0.p, a0.os, a0.rs, a1.p, a1.os, a1.rs, a0.n)
+VORX_FN2(Invert_ma_2, double, 5, 1, vorxInvert_ma_64f_5x5_S2, a0.p, a0.os, a0.rs, a0.es, a1.p, a1.os, a1.rs, a1.es, a0.n)
+VORX_FN2(Invert_ma_2, double, 5, 2, vorxInvert_ma_64f_5x5_P, a0.p, a0.bs, a1.p, a1.bs, a0.n)
+VORX_FN2(Invert_ma_2, double, 5, 3, vorxInvert_ma_64f_5x5_PS2, a0.p, a0.bs, a0.os, a1.p, a1.bs, a1.os, a0.n)
+VORX_FN2(Invert_ma_2, double, 5, 4, vorxInvert_ma_64f_5x5_L, a0.p, a0.bs, a0.rs, a1.p, a1.bs, a1.rs, a0.n)
+VORX_FN2(Invert_ma_2, double, 5, 5, vorxInvert_ma_64f_5x5_LS2, a0.p, a0.bs, a0.rs, a0.es, a1.p, a1.bs, a1.rs, a1.es, a0.n)
+VORX_FN2(Invert_ma_2, double, 6, 0, vorxInvert_ma_64f_6x6, a0.p, a0.os, a0.rs, a1.p, a1.os, a1.rs, a0.n)
+VORX_FN2(Invert_ma_2, double, 6, 1, vorxInvert_ma_64f_6x6_S2, a0.p, a0.os, a0.rs, a0.es, a1.p, a1.os, a1.rs, a1.es, a0.n)
+VORX_FN2(Invert_ma_2, double, 6, 2, vorxInvert_ma_64f_6x6_P, a0.p, a0.bs, a1.p, a1.bs, a0.n)
+VORX_FN2(Invert_ma_2, double, 6, 3, vorxInvert_ma_64f_6x6_PS2, a0.p, a0.bs, a0.os, a1.p, a1.bs, a1.os, a0.n)
+VORX_FN2(Invert_ma_2, double, 6, 4, vorxInvert_ma_64f_6x6_L, a0.p, a0.bs, a0.rs, a1.p, a1.bs, a1.rs, a0.n)
+VORX_FN2(Invert_ma_2, double, 6, 5, vorxInvert_ma_64f_6x6_LS2, a0.p, a0.bs, a0.rs, a0.es, a1.p, a1.bs, a1.rs, a1.es, a0.n)
+
 // CholeskyDecomp (src m, dst m)
 VORX_FN2(CholeskyDecomp_m, float, 0, 0, vorxCholeskyDecomp_m_32f, a0.p, a0.rs, a1.p, a1.rs, a0.width())
 VORX_FN2(CholeskyDecomp_m, float, 0, 1, vorxCholeskyDecomp_m_32f_S2, a0.p, a0.rs, a0.es, a1.p, a1.rs, a1.es, a0.width())
@@ -6526,6 +6628,10 @@ using Det_m_2 = form<op::Det_m_2, slot<sk::m>, slot<sk::res, true>>;
 using Det_ma_2 = form<op::Det_ma_2, slot<sk::ma>, slot<sk::res, true>>;
 using a6_Det_m = form<op::a6_Det_m, slot<sk::m>, slot<sk::res, true>>;
 using a6_Det_ma = form<op::a6_Det_ma, slot<sk::ma>, slot<sk::res, true>>;
+using Invert_m = form<op::Invert_m, slot<sk::m>, slot<sk::buf, true>, slot<sk::m, true>>;
+using Invert_ma = form<op::Invert_ma, slot<sk::ma>, slot<sk::buf, true>, slot<sk::ma, true>>;
+using Invert_m_2 = form<op::Invert_m_2, slot<sk::m>, slot<sk::m, true>>;
+using Invert_ma_2 = form<op::Invert_ma_2, slot<sk::ma>, slot<sk::ma, true>>;
 using CholeskyDecomp_m = form<op::CholeskyDecomp_m, slot<sk::m>, slot<sk::m, true>>;
 using CholeskyDecomp_ma = form<op::CholeskyDecomp_ma, slot<sk::ma>, slot<sk::ma, true>>;
 using CholeskyBackSubst_mv = form<op::CholeskyBackSubst_mv, slot<sk::m>, slot<sk::v>, slot<sk::v, true>>;
@@ -6863,6 +6969,23 @@ template <class... A>
 }
 
 template <class... A>
+[[nodiscard]] inline status invert(A&&... a)
+{
+    using P = detail::pick<detail::types<A...>, detail::forms::Invert_m, detail::forms::Invert_ma, detail::forms::Invert_m_2, detail::forms::Invert_ma_2>;
+    static_assert(P::matched, "vorx::invert takes (src m, scratch buf, dst m); (src ma, scratch buf, dst ma); (src m, dst m); (src ma, dst ma)");
+    static_assert(!P::matched || P::consistent,
+                  "vorx::invert: the operands must share one element type and fixed size, and the "
+                  "outputs be writable");
+    static_assert(!P::matched || !P::consistent || P::found,
+                  "vorx::invert has (src m, scratch buf, dst m): float/double, sizes and run-time, layouts C S2 P; (src ma, scratch buf, dst ma): float/double, sizes and run-time, layouts C S2 P PS2 L LS2; (src m, dst m): float/double, sizes 3 4 5 6, layouts C S2 P; (src ma, dst ma): float/double, sizes 3 4 5 6, layouts C S2 P PS2 L LS2 (in array calls a single operand is contiguous in C "
+                  "and L, strided in S2 and LS2, elems in P and PS2)");
+    if constexpr (P::found)
+        return P::call(a...);
+    else
+        return status::bad_size;
+}
+
+template <class... A>
 [[nodiscard]] inline status cholesky_decomp(A&&... a)
 {
     using P = detail::pick<detail::types<A...>, detail::forms::CholeskyDecomp_m, detail::forms::CholeskyDecomp_ma>;
@@ -7025,6 +7148,11 @@ template <class... A>
 inline void a6_det(A&&... a)
 {
     raise_for(vorx::a6_det(static_cast<A&&>(a)...));
+}
+template <class... A>
+inline void invert(A&&... a)
+{
+    raise_for(vorx::invert(static_cast<A&&>(a)...));
 }
 template <class... A>
 inline void cholesky_decomp(A&&... a)

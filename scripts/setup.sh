@@ -2,12 +2,14 @@
 # Installs what the build, the tests and the benchmarks need: the i386 toolchain and
 # libraries, the emulator for machines that cannot run 32-bit programs, the peers of
 # the benchmarks, clang with its sanitizer run-times for the fuzzer, and valgrind with
-# the i386 C library's symbols, and python3-markdown for the HTML manual. Safe to run
-# again; does nothing when all is there.
+# the i386 C library's symbols, python3-markdown for the HTML manual, and NumPy,
+# pytest and Dask for the Python package (modules of the system interpreter,
+# /usr/bin/python3). Safe to run again; does nothing when all is there.
 set -eu
 packages=(g++-multilib cmake pkg-config python3 qemu-user libgtest-dev libgtest-dev:i386
           libbenchmark-dev libbenchmark-dev:i386 libeigen3-dev liblapack-dev liblapack-dev:i386
-          clang libclang-rt-14-dev valgrind libc6-dbg:i386 python3-markdown)
+          clang libclang-rt-14-dev valgrind libc6-dbg:i386 python3-markdown
+          python3-numpy python3-pytest python3-dask python3-distributed)
 missing=()
 for p in "${packages[@]}"; do
     dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
