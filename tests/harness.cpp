@@ -2,8 +2,11 @@
 // registry, and the comparison of a call with its prediction.
 #include "harness.h"
 
+#include <fcntl.h>
 #include <setjmp.h>
 #include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <cctype>
 #include <cinttypes>
@@ -482,6 +485,23 @@ void onFault(int) { siglongjmp(*gFaultJump, 1); }
 
 bool faults(const std::function<void()>& f)
 {
+#ifdef __SANITIZE_ADDRESS__
+    // Under the sanitizers a followed null pointer stops the process before it
+    // faults, so the call is tried in a child first (its report silenced), and made
+    // here only where it came through.
+    if (pid_t child = fork(); child == 0) {
+        int null = open("/dev/null", O_WRONLY);
+        dup2(null, 2);
+        f();
+        _exit(0);
+    } else {
+        int status = 0;
+        waitpid(child, &status, 0);
+        if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) return true;
+        f();
+        return false;
+    }
+#endif
     struct sigaction sa = {}, oldSegv, oldBus;
     sa.sa_handler = onFault;
     sigemptyset(&sa.sa_mask);

@@ -50,6 +50,7 @@ def _samples(dt, k, n):
         "Copy": [((m,), m)],
         "Extract": [((m[:, ::-1],), m[:, ::-1].reshape(k, -1))],
         "Det": [((a,), np.linalg.det(a.astype(np.float64)))],
+        "Invert": [((a,), np.linalg.inv(a.astype(np.float64)))],
         "LUDecomp": [((a,), lambda r: vorx.lu_back_subst(r[0], r[1], b), solve(a, b))],
         "LUBackSubst": [((*vorx.lu_decomp(a), b), solve(a, b))],
         "CholeskyDecomp": [((s,), lambda r: np.tril(r, -1) + np.eye(n) / np.diagonal(r, 0, -2, -1)[..., None],
