@@ -14,12 +14,23 @@ missing=()
 for p in "${packages[@]}"; do
     dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
 done
-[ ${#missing[@]} -eq 0 ] && exit 0
-echo "installing: ${missing[*]}"
 sudo=""
 [ "$(id -u)" -eq 0 ] || sudo="sudo"
+# The Python package of this tree, for the system interpreter whose NumPy and Dask
+# these are: a path file in its site directory (it finds build/native beside it).
+tree=$(cd "$(dirname "$0")/.." && pwd)
+python_package() {
+    local site pth
+    site=$(/usr/bin/python3 -c 'import site; print(site.getsitepackages()[0])' 2>/dev/null) || return 0
+    pth="$site/vorx-tree.pth"
+    [ "$(cat "$pth" 2>/dev/null)" = "$tree/python" ] && return 0
+    $sudo mkdir -p "$site" && echo "$tree/python" | $sudo tee "$pth" >/dev/null || true
+}
+[ ${#missing[@]} -eq 0 ] && { python_package; exit 0; }
+echo "installing: ${missing[*]}"
 export DEBIAN_FRONTEND=noninteractive
 dpkg --print-foreign-architectures | grep -qx i386 || $sudo dpkg --add-architecture i386
 # One index failing (a mirror in sync) must not stop the set-up.
 $sudo apt-get update -q || true
 $sudo apt-get install -y -q --no-install-recommends "${missing[@]}" </dev/null
+python_package
