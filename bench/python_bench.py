@@ -6,7 +6,8 @@
 Times the whole Python call of each side (best of a few runs, wall time: run it on a
 quiet machine), for the matrix product (`numpy.matmul`), solving one right side
 (`numpy.linalg.solve` against LU decomposition and back substitution), the
-determinant and the Cholesky factor, at 3x3, 4x4 and 6x6 in float32 and float64.
+determinant, the inverse and the Cholesky factor, at 3x3, 4x4 and 6x6 in float32 and
+float64.
 Writes `python.md` (a table with the ratio NumPy / vorx: above 1 vorx is faster) and
 `python.svg` into DIR (default build/native/report).
 """
@@ -23,6 +24,7 @@ OPS = {
     "solve": (lambda a, b: np.linalg.solve(a, b[..., None]),
               lambda a, b: vorx.lu_back_subst(*vorx.lu_decomp(a), b)),
     "det": (lambda a, b: np.linalg.det(a), lambda a, b: vorx.det(a)),
+    "inverse": (lambda a, b: np.linalg.inv(a), lambda a, b: vorx.invert(a)),
     "cholesky": (lambda a, b: np.linalg.cholesky(a), lambda a, b: vorx.cholesky_decomp(a)),
 }
 
