@@ -77,7 +77,7 @@ memcheck() {
         build=build/native
     fi
     cmake --build "$build" -j"$jobs" --target vorx_tests
-    VORX_MEMCHECK=1 valgrind --tool=memcheck --error-exitcode=1 --leak-check=full --errors-for-leak-kinds=definite \
+    VORX_MEMCHECK=1 valgrind --tool=memcheck --error-exitcode=1 --leak-check=full --errors-for-leak-kinds=definite --child-silent-after-fork=yes \
         --track-origins=yes -q "$build/tests/vorx_tests" --gtest_brief=1 --gtest_filter="-$exclude"
 }
 
