@@ -359,23 +359,23 @@ def adapters(funcs):
     for name in fields:
         out.append('    if (n == "%s") return &a.%s;\n' % (name, name))
     out.append("    return nullptr;\n}\n")
-    out.append(OPERAND_SPEC)
-    specs = OrderedDict()
+    out.append(OPERAND_STRUCT)
+    operand_lists = OrderedDict()
     for f in funcs:
         key = tuple((o.name, o.role, o.kind, o.layout, o.rows, o.cols, o.out) for o in f.operands)
-        specs.setdefault(key, len(specs))
+        operand_lists.setdefault(key, len(operand_lists))
     out.append("\nstruct CatalogueEntry {\n    const char* name;\n    const char* family;\n"
                "    const char* code;\n    const char* type;\n    unsigned size;\n"
                "    const char* layout;\n    vorxStatus (*call)(const ArgPack&);\n"
-               "    const OperandSpec* operands;\n    unsigned operandCount;\n};\n\n")
+               "    const Operand* operands;\n    unsigned operandCount;\n};\n\n")
     out.append("extern const CatalogueEntry kCatalogue[%d];\n" % len(funcs))
     out.append("#ifdef VORX_CATALOGUE_DEFINITIONS\n")
-    for key, n in specs.items():
+    for key, n in operand_lists.items():
         items = ", ".join('{"%s", \'%s\', "%s", "%s", "%s", "%s", %s}'
                           % (name, role, kind, LAYOUT_ENUM.get(lay, lay) if role == "o" else "", rows, cols,
                              "true" if o else "false")
                           for name, role, kind, lay, rows, cols, o in key)
-        out.append("static const OperandSpec kOperands%d[] = {%s};\n" % (n, items))
+        out.append("static const Operand kOperands%d[] = {%s};\n" % (n, items))
     out.append("const CatalogueEntry kCatalogue[%d] = {\n" % len(funcs))
     for f in funcs:
         args = []
@@ -392,18 +392,18 @@ def adapters(funcs):
         key = tuple((o.name, o.role, o.kind, o.layout, o.rows, o.cols, o.out) for o in f.operands)
         out.append('    {"%s", "%s", "%s", "%s", %d, "%s",\n     [](const ArgPack& a) { %s },\n'
                    '     kOperands%d, %d},\n'
-                   % (f.name, f.label, f.code, f.tname, f.n, f.layout, call, specs[key], len(key)))
+                   % (f.name, f.label, f.code, f.tname, f.n, f.layout, call, operand_lists[key], len(key)))
     out.append("};\n#endif\n")
     return "".join(out)
 
 
-OPERAND_SPEC = """
+OPERAND_STRUCT = """
 // One argument of a function as the harness lays it out (see Operand in
 // catalogue/generate.py): role o operand, i index array, b element buffer, r scalar
 // results, v value, z size, n count; layout C S2 P PS2 L LS2 of an operand; shape
 // as expressions over the size names, `^` marking the operation's shape, which a
 // transposed kind stores the other way round.
-struct OperandSpec {
+struct Operand {
     const char* name;
     char role;
     const char* kind;

@@ -72,7 +72,7 @@ Dims dimsOf(const CatalogueEntry& e, uint32_t n, uint32_t count)
     Dims d;
     d.array = false;
     for (unsigned k = 0; k < e.operandCount; ++k) {
-        const OperandSpec& o = e.operands[k];
+        const Operand& o = e.operands[k];
         if (o.role == 'z') d.set(o.name, e.size ? e.size : n);
         if (o.role == 'n') d.array = true;
     }
@@ -100,7 +100,7 @@ std::vector<Dims> defaultCases(const CatalogueEntry& e)
 
 std::vector<Dims> Model::cases(const CatalogueEntry& e) const { return defaultCases(e); }
 
-EntryRule Model::entryRule(const CatalogueEntry& e, const OperandSpec& op) const
+EntryRule Model::entryRule(const CatalogueEntry& e, const Operand& op) const
 {
     Lay l = layoutOf(op.layout);
     bool array = isArrayCode(op.kind);
@@ -153,7 +153,7 @@ void fillDefault(Specimen<T>& s, Data data, std::mt19937& rng)
 {
     unsigned payload = 1;
     for (auto& a : s.args) {
-        const OperandSpec& o = *a.spec;
+        const Operand& o = *a.desc;
         if (a.index) {
             Laid<uint32_t>& ix = *a.index;
             if (o.out) {
@@ -232,28 +232,28 @@ template <class T>
 const Arg<T>* Specimen<T>::find(const std::string& name) const
 {
     for (const auto& a : args)
-        if (name == a.spec->name) return &a;
+        if (name == a.desc->name) return &a;
     return nullptr;
 }
 
 template <class T>
 bool Specimen<T>::transposed(const std::string& name) const
 {
-    return isTransposed(arg(name).spec->kind);
+    return isTransposed(arg(name).desc->kind);
 }
 
 template <class T>
 bool Specimen<T>::isArray(const std::string& name) const
 {
-    return isArrayCode(arg(name).spec->kind);
+    return isArrayCode(arg(name).desc->kind);
 }
 
 template <class T>
 T Specimen<T>::in(const std::string& name, uint32_t k, uint32_t i, uint32_t j) const
 {
     const Arg<T>& a = arg(name);
-    uint32_t kk = isArrayCode(a.spec->kind) ? k : 0;
-    return isTransposed(a.spec->kind) ? a.elems->get(kk, j, i) : a.elems->get(kk, i, j);
+    uint32_t kk = isArrayCode(a.desc->kind) ? k : 0;
+    return isTransposed(a.desc->kind) ? a.elems->get(kk, j, i) : a.elems->get(kk, i, j);
 }
 
 template <class T>
@@ -283,9 +283,9 @@ Specimen<T> Specimen<T>::make(const CatalogueEntry& entry, const Dims& d, const 
     std::mt19937 rng(draw.seed);
     const Model* m = modelFor(entry);
     for (unsigned n = 0; n < entry.operandCount; ++n) {
-        const OperandSpec& o = entry.operands[n];
+        const Operand& o = entry.operands[n];
         Arg<T> a;
-        a.spec = &o;
+        a.desc = &o;
         auto it = draw.options.find(o.name);
         Options opt = it == draw.options.end() ? Options{} : it->second;
         if (m) m->options(entry, d, o, opt);
@@ -319,8 +319,8 @@ void Specimen<T>::bind()
 {
     pack = ArgPack{};
     for (auto& a : args) {
-        const std::string name = a.spec->name;
-        switch (a.spec->role) {
+        const std::string name = a.desc->name;
+        switch (a.desc->role) {
         case 'o':
         case 'b':
         case 'r': a.elems->bind(pack, name); break;
@@ -392,9 +392,9 @@ std::string verify(const Model& m, Specimen<T>& s, const Null& null, bool record
             *top = nullptr;
         } else {
             const Arg<T>* a = s.find(null.op);
-            const OperandSpec& spec = *a->spec;
-            EntryRule rule = m.entryRule(e, spec);
-            if (m.entryFollowed(e, spec, s.d, null.index)) return "";
+            const Operand& operand = *a->desc;
+            EntryRule rule = m.entryRule(e, operand);
+            if (m.entryFollowed(e, operand, s.d, null.index)) return "";
             if (want != vorxStatusBadSize) switch (rule) {
                 case EntryRule::Scan:
                     want = vorxStatusNullPointer;
@@ -403,7 +403,7 @@ std::string verify(const Model& m, Specimen<T>& s, const Null& null, bool record
                 case EntryRule::PerObject:
                     if (null.index < s.d.count) {
                         Specimen<T> upTo = in;
-                        upTo.d.count = m.objectsBeforeNullEntry(e, spec, null.index, s.d.count);
+                        upTo.d.count = m.objectsBeforeNullEntry(e, operand, null.index, s.d.count);
                         out = in;
                         vorxStatus before = upTo.d.count ? m.predict(upTo, out) : vorxStatusOk;
                         want = before != vorxStatusOk ? before : vorxStatusNullPointer;
@@ -412,13 +412,13 @@ std::string verify(const Model& m, Specimen<T>& s, const Null& null, bool record
                 case EntryRule::AsReached: {
                     want = vorxStatusNullPointer;
                     uint32_t before = 0;
-                    bool known = m.writtenBefore(e, spec, null.index, before);
+                    bool known = m.writtenBefore(e, operand, null.index, before);
                     for (auto& o : out.args) {
-                        if (!o.spec->out || !o.elems) continue;
-                        const Laid<T>& was = *in.find(o.spec->name)->elems;
+                        if (!o.desc->out || !o.elems) continue;
+                        const Laid<T>& was = *in.find(o.desc->name)->elems;
                         for (uint32_t i = 0; i < was.rows(); ++i)
                             for (uint32_t j = 0; j < was.cols(); ++j)
-                                if (!known) out.leaveOpen(o.spec->name, 0, i, j);
+                                if (!known) out.leaveOpen(o.desc->name, 0, i, j);
                                 else if (i * was.cols() + j >= before) o.elems->set(0, i, j, was.get(0, i, j));
                     }
                     break;
@@ -433,7 +433,7 @@ std::string verify(const Model& m, Specimen<T>& s, const Null& null, bool record
     if (record) {
         digest(got);
         for (const auto& a : s.args)
-            if (a.spec->out) digest(a.index ? a.index->bytes() : a.elems ? a.elems->bytes() : std::vector<unsigned char>{});
+            if (a.desc->out) digest(a.index ? a.index->bytes() : a.elems ? a.elems->bytes() : std::vector<unsigned char>{});
     }
     std::string where = std::string(e.name);
     for (const auto& [n, x] : s.d.v) where += " " + n + "=" + std::to_string(x);
@@ -450,7 +450,7 @@ std::string verify(const Model& m, Specimen<T>& s, const Null& null, bool record
         return where + ": status " + std::to_string(got) + ", expected " + std::to_string(want);
     for (size_t n = 0; n < s.args.size(); ++n) {
         Arg<T>& a = s.args[n];
-        const std::string name = a.spec->name;
+        const std::string name = a.desc->name;
         if (a.index) {
             if (values && a.index->bytes() != out.args[n].index->bytes()) return where + ": " + name + " differs";
             if (!a.index->guardsIntact()) return where + ": wrote outside " + name;
@@ -460,7 +460,7 @@ std::string verify(const Model& m, Specimen<T>& s, const Null& null, bool record
         if (!a.elems->guardsIntact()) return where + ": wrote outside " + name;
         bool asDst = name == "dst" && !s.aliasDst.empty();
         bool aliased = name == s.aliasDst;
-        if (aliased || (a.spec->out && !values)) continue;  // aliased: holds dst's results
+        if (aliased || (a.desc->out && !values)) continue;  // aliased: holds dst's results
         const Laid<T>& actual = asDst ? s.op(s.aliasDst) : *a.elems;
         const Laid<T>& expect = *out.args[n].elems;
         const auto& open = out.open[name];

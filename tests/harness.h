@@ -43,7 +43,7 @@ struct Draw {
 
 template <class T>
 struct Arg {
-    const OperandSpec* spec = nullptr;
+    const Operand* desc = nullptr;         // its row in the entry's operand list
     std::optional<Laid<T>> elems;          // operands, buffers, results
     std::optional<Laid<uint32_t>> index;   // index arrays
     T value = 0;                           // values
@@ -105,27 +105,27 @@ public:
     // Makes drawn sizes fit the family (conformity, minimum sizes).
     virtual void fitDims(const CatalogueEntry&, Dims&) const {}
     // Per operand: reads the function may make past it, planted table entries.
-    virtual void options(const CatalogueEntry&, const Dims&, const OperandSpec&, Options&) const {}
-    virtual EntryRule entryRule(const CatalogueEntry& e, const OperandSpec& op) const;
+    virtual void options(const CatalogueEntry&, const Dims&, const Operand&, Options&) const {}
+    virtual EntryRule entryRule(const CatalogueEntry& e, const Operand& op) const;
     // A single-object Pointer call that meets null entry `entry` of `op`: how many
     // result elements (row-major) stand written before it, if the family says.
-    virtual bool writtenBefore(const CatalogueEntry&, const OperandSpec&, uint32_t, uint32_t&) const { return false; }
+    virtual bool writtenBefore(const CatalogueEntry&, const Operand&, uint32_t, uint32_t&) const { return false; }
     // Whether results depend on the x87 unit's extended format (not compared under
     // valgrind, which runs that unit at double width).
     virtual bool extendedPrecision(const CatalogueEntry& e) const { return !isF32(e); }
     // A List-layout array call of `count` objects that meets null list entry `entry`:
     // how many objects stand written before it (all before it, but where entries are
     // tested a block of objects at a time).
-    virtual uint32_t objectsBeforeNullEntry(const CatalogueEntry&, const OperandSpec&, uint32_t entry, uint32_t) const { return entry; }
+    virtual uint32_t objectsBeforeNullEntry(const CatalogueEntry&, const Operand&, uint32_t entry, uint32_t) const { return entry; }
     // Whether the results are the same on every machine. They are not where a path
     // takes an estimate instruction (rsqrtps, rcpps), which the emulator computes
     // exactly: such results stay out of the digest the two builds compare.
     virtual bool sameOnEveryMachine(const CatalogueEntry&) const { return true; }
     // An entry of a table the family scans that it reads without testing: a null
     // there is followed as an address, so the harness never plants one.
-    virtual bool entryFollowed(const CatalogueEntry&, const OperandSpec&, const Dims&, uint32_t) const { return false; }
+    virtual bool entryFollowed(const CatalogueEntry&, const Operand&, const Dims&, uint32_t) const { return false; }
     // Whether a null top-level pointer is refused (-8) rather than followed.
-    virtual bool nullChecked(const CatalogueEntry&, const OperandSpec&) const { return true; }
+    virtual bool nullChecked(const CatalogueEntry&, const Operand&) const { return true; }
     // Operands whose storage dst may share (same layout and strides).
     virtual bool inPlace(const CatalogueEntry&, const std::string&) const { return false; }
     // The single operand of an array call that is read ahead of the count test.
@@ -167,7 +167,7 @@ private:
         Model::fill(s, data, rng);
         if (data != Data::Random) return;
         for (auto& a : s.args)
-            if (a.elems && !a.spec->out)
+            if (a.elems && !a.desc->out)
                 a.elems->fill([&](uint32_t, uint32_t, uint32_t) {
                     return randomValue<T>(rng, static_cast<int>(rng() % 13) - 6);
                 });

@@ -70,7 +70,7 @@ TEST(EveryFunction, NullPointersZeroSizesAndNullEntries)
     everyEntry([&](const CatalogueEntry& e, const vt::Model& m) -> std::string {
         Dims d = typical(e, m);
         for (unsigned n = 0; n < e.operandCount; ++n) {
-            const OperandSpec& o = e.operands[n];
+            const Operand& o = e.operands[n];
             if (o.role == 'z' && !e.size) {
                 Dims z = d;
                 z.set(o.name, 0);
@@ -112,7 +112,7 @@ TEST(EveryFunction, InPlaceWhereTheFamilyPromisesIt)
     int checked = 0;
     everyEntry([&](const CatalogueEntry& e, const vt::Model& m) -> std::string {
         for (unsigned n = 0; n < e.operandCount; ++n) {
-            const OperandSpec& o = e.operands[n];
+            const Operand& o = e.operands[n];
             if (o.role != 'o' || o.out || !m.inPlace(e, o.name)) continue;
             Draw draw{Data::Random, seed++};
             draw.aliasDst = o.name;
@@ -134,7 +134,7 @@ TEST(EveryFunction, SingleSourceReadAheadOfTheCountTestWhereTheFamilySaysSo)
     everyEntry([&](const CatalogueEntry& e, const vt::Model& m) -> std::string {
         if (!vt::isArrayCall(e)) return "";
         for (unsigned n = 0; n < e.operandCount; ++n) {
-            const OperandSpec& o = e.operands[n];
+            const Operand& o = e.operands[n];
             if (o.role != 'o' || o.out || vt::isArrayCode(o.kind)) continue;
             Dims d = typical(e, m);
             d.count = 0;
@@ -195,7 +195,7 @@ TEST(EveryFunction, EightThreadsAtOnce)
     auto outputs = [](const auto& s) {
         std::vector<std::vector<unsigned char>> out;
         for (const auto& a : s.args)
-            if (a.spec->out) out.push_back(a.index ? a.index->bytes() : a.elems ? a.elems->bytes() : std::vector<unsigned char>{});
+            if (a.desc->out) out.push_back(a.index ? a.index->bytes() : a.elems ? a.elems->bytes() : std::vector<unsigned char>{});
         return out;
     };
     std::vector<Alone> alone;
@@ -229,12 +229,12 @@ TEST(EveryFunction, EightThreadsAtOnce)
             const Alone& a = alone[n];
             auto run = [&](auto s, const auto& sources) {
                 for (const auto& arg : sources.args)
-                    if (!arg.spec->out && arg.elems) const_cast<vt::Laid<typename decltype(s)::Elem>&>(*arg.elems).bind(s.pack, arg.spec->name);
+                    if (!arg.desc->out && arg.elems) const_cast<vt::Laid<typename decltype(s)::Elem>&>(*arg.elems).bind(s.pack, arg.desc->name);
                 const auto before = s;  // outputs as they stand before every round
                 for (int r = 0; r < kRounds; ++r) {
                     for (size_t q = 0; q < s.args.size(); ++q) {
                         auto& arg = s.args[q];
-                        if (!arg.spec->out) continue;
+                        if (!arg.desc->out) continue;
                         if (arg.elems) arg.elems->fill([&](uint32_t k, uint32_t i, uint32_t j) { return before.args[q].elems->get(k, i, j); });
                         if (arg.index) arg.index->fill([&](uint32_t k, uint32_t i, uint32_t j) { return before.args[q].index->get(k, i, j); });
                     }

@@ -64,13 +64,13 @@ std::string run(FuzzedDataProvider& in, const CatalogueEntry& e, const Model& m)
     draw.seed = in.ConsumeIntegral<uint32_t>();
     std::string alias;
     for (unsigned n = 0; n < e.operandCount; ++n) {
-        const OperandSpec& o = e.operands[n];
+        const Operand& o = e.operands[n];
         if (o.role == 'o' && !o.out && m.inPlace(e, o.name) && in.ConsumeIntegralInRange<int>(0, 3) == 0)
             alias = o.name;
     }
     draw.aliasDst = alias;
     for (unsigned n = 0; n < e.operandCount; ++n) {
-        const OperandSpec& o = e.operands[n];
+        const Operand& o = e.operands[n];
         if (o.role != 'o' && o.role != 'b' && o.role != 'r' && o.role != 'i') continue;
         Options& opt = draw.options[o.name];
         opt.guardPage = true;
@@ -85,9 +85,9 @@ std::string run(FuzzedDataProvider& in, const CatalogueEntry& e, const Model& m)
     Specimen<T> s = Specimen<T>::make(e, d, draw);
     Null null;
     int what = in.ConsumeIntegralInRange<int>(0, 7);
-    std::vector<const OperandSpec*> tops, tables;
+    std::vector<const Operand*> tops, tables;
     for (unsigned n = 0; n < e.operandCount; ++n) {
-        const OperandSpec& o = e.operands[n];
+        const Operand& o = e.operands[n];
         if ((o.role == 'o' || o.role == 'b' || o.role == 'r' || o.role == 'i') && m.nullChecked(e, o))
             tops.push_back(&o);
         if (o.role == 'o' && s.op(o.name).usesTable() && m.entryRule(e, o) != EntryRule::Untested &&

@@ -32,12 +32,12 @@ class Decomp : public ModelOf<Decomp> {
 public:
     bool covers(const CatalogueEntry& e) const override { return std::string_view(e.family) == "CholeskyDecomp"; }
     std::vector<Dims> cases(const CatalogueEntry& e) const override { return cholCases(e); }
-    EntryRule entryRule(const CatalogueEntry&, const OperandSpec&) const override { return EntryRule::Untested; }
+    EntryRule entryRule(const CatalogueEntry&, const Operand&) const override { return EntryRule::Untested; }
     bool inPlace(const CatalogueEntry&, const std::string& name) const override { return name == "src"; }
 
     // The closed forms step Strided rows by whole elements: drawn element strides
     // are whole there (the tests of single behaviours take the others).
-    void options(const CatalogueEntry& e, const Dims& d, const OperandSpec&, Options& opt) const override
+    void options(const CatalogueEntry& e, const Dims& d, const Operand&, Options& opt) const override
     {
         uint32_t n = d["widthHeight"];
         if (bodyLayout(e) == Lay::S2 && n >= 3 && n <= 6) opt.wholeElements = true;
@@ -88,7 +88,7 @@ class BackSubst : public ModelOf<BackSubst> {
 public:
     bool covers(const CatalogueEntry& e) const override { return std::string_view(e.family) == "CholeskyBackSubst"; }
     std::vector<Dims> cases(const CatalogueEntry& e) const override { return cholCases(e); }
-    EntryRule entryRule(const CatalogueEntry&, const OperandSpec&) const override { return EntryRule::Untested; }
+    EntryRule entryRule(const CatalogueEntry&, const Operand&) const override { return EntryRule::Untested; }
     bool inPlace(const CatalogueEntry&, const std::string& name) const override { return name == "src2"; }
 
     // Factors of dominant matrices, so that solutions are numbers.

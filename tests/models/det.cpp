@@ -53,7 +53,7 @@ public:
         return std::string_view(e.family) == "Det" || isKernel(e);
     }
 
-    EntryRule entryRule(const CatalogueEntry& e, const OperandSpec& o) const override
+    EntryRule entryRule(const CatalogueEntry& e, const Operand& o) const override
     {
         // A kernel's List: -2, or a trap (test_det.cpp); so are seven of the eight
         // List wrappers.
@@ -64,7 +64,7 @@ public:
     }
 
     // The kernels check nothing; their wrappers do.
-    bool nullChecked(const CatalogueEntry& e, const OperandSpec&) const override { return !isKernel(e); }
+    bool nullChecked(const CatalogueEntry& e, const Operand&) const override { return !isKernel(e); }
 
     template <class T>
     vorxStatus run(const Specimen<T>& in, Specimen<T>& out) const

@@ -40,7 +40,7 @@ public:
         if (pipelined(e) && std::string_view(e.layout) == "L" && d.count == 0) d.count = 1;  // dst[-1]
     }
 
-    void options(const CatalogueEntry& e, const Dims& d, const OperandSpec& o, Options& opt) const override
+    void options(const CatalogueEntry& e, const Dims& d, const Operand& o, Options& opt) const override
     {
         std::string_view code = e.code, name = o.name;
         // Rows of a transposed 3x3 source loaded four elements wide: the word behind
@@ -61,7 +61,7 @@ public:
         }
     }
 
-    EntryRule entryRule(const CatalogueEntry& e, const OperandSpec& o) const override
+    EntryRule entryRule(const CatalogueEntry& e, const Operand& o) const override
     {
         // A transposed operand's entry can be followed before its test comes up.
         if (!isArrayCall(e) && isTransposed(o.kind)) return EntryRule::Untested;
@@ -70,7 +70,7 @@ public:
     }
 
     // Elements are taken in row-major order, each after the test of its entries.
-    bool writtenBefore(const CatalogueEntry&, const OperandSpec& o, uint32_t entry, uint32_t& n) const override
+    bool writtenBefore(const CatalogueEntry&, const Operand& o, uint32_t entry, uint32_t& n) const override
     {
         n = entry;
         return !isTransposed(o.kind);

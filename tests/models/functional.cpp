@@ -21,7 +21,7 @@ public:
 
     // Pointer forms: the first-row scan of arrays and the diagonal entries of one
     // matrix, which a null off the diagonal never meets, have their own tests.
-    EntryRule entryRule(const CatalogueEntry& e, const OperandSpec& o) const override
+    EntryRule entryRule(const CatalogueEntry& e, const Operand& o) const override
     {
         return pointer(e) ? EntryRule::Untested : Model::entryRule(e, o);
     }
@@ -86,20 +86,20 @@ public:
     }
 
     // The 3x3 blocks load 16 bytes from each row start, 4 past the row.
-    void options(const CatalogueEntry& e, const Dims&, const OperandSpec& o, Options& opt) const override
+    void options(const CatalogueEntry& e, const Dims&, const Operand& o, Options& opt) const override
     {
         if (blocks(e) && e.size == 3 && std::string_view(o.name) == "src") opt.slack = std::max(opt.slack, 4u);
     }
 
     // Packed List blocks test their four entries together: a null in a block leaves
     // the block unwritten.
-    uint32_t objectsBeforeNullEntry(const CatalogueEntry& e, const OperandSpec&, uint32_t entry, uint32_t count) const override
+    uint32_t objectsBeforeNullEntry(const CatalogueEntry& e, const Operand&, uint32_t entry, uint32_t count) const override
     {
         return blocks(e) && entry < (count & ~3u) ? entry & ~3u : entry;
     }
 
     // One matrix in Pointer layout stores its result at the end only.
-    bool writtenBefore(const CatalogueEntry&, const OperandSpec&, uint32_t, uint32_t& n) const override
+    bool writtenBefore(const CatalogueEntry&, const Operand&, uint32_t, uint32_t& n) const override
     {
         n = 0;
         return true;

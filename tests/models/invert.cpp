@@ -359,7 +359,7 @@ public:
         if (!e.size && d["size"] == 1) d.set("size", 2);
     }
 
-    EntryRule entryRule(const CatalogueEntry& e, const OperandSpec& o) const override
+    EntryRule entryRule(const CatalogueEntry& e, const Operand& o) const override
     {
         Lay l = layoutOf(o.layout);
         if (!e.size) return Model::entryRule(e, o);
@@ -369,7 +369,7 @@ public:
     }
     // A single Pointer matrix of any size meets a null entry while it copies the
     // source into scratch: dst stands untouched.
-    bool writtenBefore(const CatalogueEntry&, const OperandSpec&, uint32_t, uint32_t& n) const override
+    bool writtenBefore(const CatalogueEntry&, const Operand&, uint32_t, uint32_t& n) const override
     {
         n = 0;
         return true;

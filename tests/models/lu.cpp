@@ -15,7 +15,7 @@ public:
     // Object n >= 1 of an array tests its last pivot n*size elements further along
     // the row, n rows further down the table in the Pointer layouts: keep that
     // memory readable (the planted table entries lead to 1.0).
-    void options(const CatalogueEntry& e, const Dims& d, const OperandSpec& o, Options& opt) const override
+    void options(const CatalogueEntry& e, const Dims& d, const Operand& o, Options& opt) const override
     {
         if (!isArrayCall(e) || std::string_view(o.name) != "dst" || d.count < 2) return;
         uint32_t S = d["size"];
@@ -30,7 +30,7 @@ public:
         }
     }
 
-    EntryRule entryRule(const CatalogueEntry& e, const OperandSpec& o) const override
+    EntryRule entryRule(const CatalogueEntry& e, const Operand& o) const override
     {
         Lay l = layoutOf(o.layout);
         if (!isArrayCall(e) && l == Lay::P) return EntryRule::Scan;
@@ -84,7 +84,7 @@ class BackSubst : public ModelOf<BackSubst> {
 public:
     bool covers(const CatalogueEntry& e) const override { return std::string_view(e.family) == "LUBackSubst"; }
 
-    EntryRule entryRule(const CatalogueEntry& e, const OperandSpec& o) const override
+    EntryRule entryRule(const CatalogueEntry& e, const Operand& o) const override
     {
         if (!isArrayCall(e) && layoutOf(o.layout) == Lay::P) return EntryRule::Scan;
         return Model::entryRule(e, o);

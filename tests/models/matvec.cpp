@@ -91,7 +91,7 @@ public:
     // The tables a Pointer call reads past: a transposed array call's scan tests
     // src2Len entries of src2 and src1Width of dst (which have src1Width and
     // src1Height); a transposed single call tests src1 at i*src1Height + k.
-    void options(const CatalogueEntry& e, const Dims& d, const OperandSpec& o, Options& opt) const override
+    void options(const CatalogueEntry& e, const Dims& d, const Operand& o, Options& opt) const override
     {
         if (e.size || gaxpy(e) || !transposed(e) || !pointer(e) || refused(e, d)) return;
         Shape s = shapeOf(e, d);
@@ -103,7 +103,7 @@ public:
         if (tested > entries) opt.tableSlack = std::max(opt.tableSlack, tested - entries);
     }
 
-    EntryRule entryRule(const CatalogueEntry& e, const OperandSpec& o) const override
+    EntryRule entryRule(const CatalogueEntry& e, const Operand& o) const override
     {
         // A transposed matrix's entry can be followed before its test comes up.
         if (!isArrayCall(e) && isTransposed(o.kind)) return EntryRule::Untested;
@@ -112,7 +112,7 @@ public:
 
     // Results are written row by row; a null dst (or src3) entry leaves the rows
     // before it. A source entry met in a row leaves that row's partial sum.
-    bool writtenBefore(const CatalogueEntry&, const OperandSpec& o, uint32_t entry, uint32_t& n) const override
+    bool writtenBefore(const CatalogueEntry&, const Operand& o, uint32_t entry, uint32_t& n) const override
     {
         n = entry;
         std::string_view name = o.name;

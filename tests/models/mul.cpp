@@ -136,7 +136,7 @@ public:
         }
     }
 
-    void options(const CatalogueEntry& e, const Dims& d, const OperandSpec& o, Options& opt) const override
+    void options(const CatalogueEntry& e, const Dims& d, const Operand& o, Options& opt) const override
     {
         // The scan of a Pointer array tests as many dst entries as the inner square.
         std::string_view l = e.layout;
@@ -147,7 +147,7 @@ public:
         }
     }
 
-    EntryRule entryRule(const CatalogueEntry& e, const OperandSpec& o) const override
+    EntryRule entryRule(const CatalogueEntry& e, const Operand& o) const override
     {
         if (held(e)) return EntryRule::Untested;
         return Model::entryRule(e, o);

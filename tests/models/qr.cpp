@@ -111,7 +111,7 @@ public:
             }
         return out;
     }
-    EntryRule entryRule(const CatalogueEntry& e, const OperandSpec& o) const override
+    EntryRule entryRule(const CatalogueEntry& e, const Operand& o) const override
     {
         if (!isArrayCall(e) && layoutOf(o.layout) == Lay::P) return EntryRule::Scan;
         return Model::entryRule(e, o);
@@ -152,7 +152,7 @@ public:
     {
         if (d["width"] > d["height"]) d.set("width", d["height"]);
     }
-    bool entryFollowed(const CatalogueEntry&, const OperandSpec& o, const Dims& d, uint32_t entry) const override
+    bool entryFollowed(const CatalogueEntry&, const Operand& o, const Dims& d, uint32_t entry) const override
     {
         return std::string_view(o.name) == "src2" && entry >= d["width"];
     }

@@ -33,7 +33,7 @@ public:
 
     // A single transposed Pointer source is tested at the running index i*height + j,
     // past its table when height > width.
-    void options(const CatalogueEntry& e, const Dims& d, const OperandSpec& o, Options& opt) const override
+    void options(const CatalogueEntry& e, const Dims& d, const Operand& o, Options& opt) const override
     {
         if (endToEnd(e) && d.count == kRun) opt.tight = true;
         if (e.size || isArrayCall(e) || std::string_view(e.layout) != "P" || !isTransposed(o.kind)) return;
@@ -41,14 +41,14 @@ public:
         if (h > w) opt.tableSlack = std::max(opt.tableSlack, (h - 1) * h + w - w * h);
     }
 
-    EntryRule entryRule(const CatalogueEntry& e, const OperandSpec& o) const override
+    EntryRule entryRule(const CatalogueEntry& e, const Operand& o) const override
     {
         // That entry can be followed before its test comes up.
         if (!isArrayCall(e) && isTransposed(o.kind)) return EntryRule::Untested;
         return Model::entryRule(e, o);
     }
 
-    bool writtenBefore(const CatalogueEntry&, const OperandSpec&, uint32_t entry, uint32_t& n) const override
+    bool writtenBefore(const CatalogueEntry&, const Operand&, uint32_t entry, uint32_t& n) const override
     {
         n = entry;
         return true;

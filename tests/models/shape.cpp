@@ -70,7 +70,7 @@ public:
     }
 
     // ... and read source entries up to (height-1)*height + width - 1.
-    void options(const CatalogueEntry& e, const Dims& d, const OperandSpec& o, Options& opt) const override
+    void options(const CatalogueEntry& e, const Dims& d, const Operand& o, Options& opt) const override
     {
         uint32_t w = d["width"], h = d["height"];
         if (!tablesByOther(e) || std::string_view(o.name) != "src" || w == 0 || h == 0) return;
@@ -80,7 +80,7 @@ public:
 
     // One run-time matrix in Pointer layout tests entries that a non-square shape
     // may never reach: its own test.
-    EntryRule entryRule(const CatalogueEntry& e, const OperandSpec& o) const override
+    EntryRule entryRule(const CatalogueEntry& e, const Operand& o) const override
     {
         if (tablesByOther(e) && !isArrayCall(e)) return EntryRule::Untested;
         return Model::entryRule(e, o);
@@ -143,13 +143,13 @@ private:
 class Copy : public ModelOf<Copy> {
 public:
     bool covers(const CatalogueEntry& e) const override { return is(e, "Copy"); }
-    EntryRule entryRule(const CatalogueEntry&, const OperandSpec&) const override { return EntryRule::Untested; }
+    EntryRule entryRule(const CatalogueEntry&, const Operand&) const override { return EntryRule::Untested; }
 
     static bool throughDst(const CatalogueEntry& e) { return std::string_view(e.code) == "va" && std::string_view(e.layout) == "PP"; }
 
     // va PP reads through dst's table with src's shift and object stride: strides that
     // keep those reads inside dst's memory, 2 bytes off its elements.
-    void options(const CatalogueEntry& e, const Dims&, const OperandSpec& o, Options& opt) const override
+    void options(const CatalogueEntry& e, const Dims&, const Operand& o, Options& opt) const override
     {
         if (!throughDst(e)) return;
         int32_t E = isF32(e) ? 4 : 8;
@@ -185,7 +185,7 @@ public:
 class Extract : public ModelOf<Extract> {
 public:
     bool covers(const CatalogueEntry& e) const override { return is(e, "Extract"); }
-    EntryRule entryRule(const CatalogueEntry&, const OperandSpec&) const override { return EntryRule::Untested; }
+    EntryRule entryRule(const CatalogueEntry&, const Operand&) const override { return EntryRule::Untested; }
 
     // m and mT in Pointer layout, and the 64f vector in Pointer layout, check nothing.
     static bool unchecked(const CatalogueEntry& e)
@@ -193,7 +193,7 @@ public:
         std::string_view c = e.code;
         return std::string_view(e.layout) == "P" && (c[0] == 'm' || !isF32(e));
     }
-    bool nullChecked(const CatalogueEntry& e, const OperandSpec&) const override { return !unchecked(e); }
+    bool nullChecked(const CatalogueEntry& e, const Operand&) const override { return !unchecked(e); }
 
     template <class T>
     vorxStatus run(const Specimen<T>& in, Specimen<T>& out) const
@@ -231,10 +231,10 @@ public:
 class LoadIdentity : public ModelOf<LoadIdentity> {
 public:
     bool covers(const CatalogueEntry& e) const override { return is(e, "LoadIdentity"); }
-    EntryRule entryRule(const CatalogueEntry&, const OperandSpec&) const override { return EntryRule::Untested; }
+    EntryRule entryRule(const CatalogueEntry&, const Operand&) const override { return EntryRule::Untested; }
 
     // Drawn strides, which no floor changes (the floors have their own test).
-    void options(const CatalogueEntry&, const Dims&, const OperandSpec&, Options& opt) const override
+    void options(const CatalogueEntry&, const Dims&, const Operand&, Options& opt) const override
     {
         opt.explicitStrides = false;
         opt.zeroObjectStride = false;

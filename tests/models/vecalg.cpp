@@ -137,14 +137,14 @@ public:
     }
 
     // The cross product of one pair scans its three tables before any store.
-    EntryRule entryRule(const CatalogueEntry& e, const OperandSpec& o) const override
+    EntryRule entryRule(const CatalogueEntry& e, const Operand& o) const override
     {
         if (family(e, "CrossProduct") && layout(e, "P")) return EntryRule::Scan;
         return Model::entryRule(e, o);
     }
 
     // A single-object dot product or norm stores its result only at the end.
-    bool writtenBefore(const CatalogueEntry&, const OperandSpec&, uint32_t, uint32_t& n) const override
+    bool writtenBefore(const CatalogueEntry&, const Operand&, uint32_t, uint32_t& n) const override
     {
         n = 0;
         return true;
@@ -152,13 +152,13 @@ public:
 
     // A group's four list entries are tested together: a null in a group leaves the
     // group unwritten.
-    uint32_t objectsBeforeNullEntry(const CatalogueEntry& e, const OperandSpec&, uint32_t entry, uint32_t count) const override
+    uint32_t objectsBeforeNullEntry(const CatalogueEntry& e, const Operand&, uint32_t entry, uint32_t count) const override
     {
         return grouped(e) && entry < (count & ~3u) ? entry & ~3u : entry;
     }
     // The objects after the last whole group go through a path that follows its list
     // entries untested.
-    bool entryFollowed(const CatalogueEntry& e, const OperandSpec&, const Dims& d, uint32_t entry) const override
+    bool entryFollowed(const CatalogueEntry& e, const Operand&, const Dims& d, uint32_t entry) const override
     {
         return gap(e) && entry >= (d.count & ~3u) && entry < d.count;
     }

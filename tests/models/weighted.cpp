@@ -32,7 +32,7 @@ public:
     }
 
     // Elements in ascending order, each after the test of its entries.
-    bool writtenBefore(const CatalogueEntry&, const OperandSpec&, uint32_t entry, uint32_t& n) const override
+    bool writtenBefore(const CatalogueEntry&, const Operand&, uint32_t entry, uint32_t& n) const override
     {
         n = entry;
         return true;
