@@ -371,6 +371,15 @@ vorxStatus Specimen<T>::call() const
 template struct Specimen<float>;
 template struct Specimen<double>;
 
+namespace {
+// scripts/test.sh --memcheck sets VORX_MEMCHECK for its run under valgrind.
+bool underValgrind()
+{
+    static const bool set = std::getenv("VORX_MEMCHECK") != nullptr;
+    return set;
+}
+}  // namespace
+
 template <class T>
 std::string verify(const Model& m, Specimen<T>& s, const Null& null, bool record)
 {
@@ -444,7 +453,7 @@ std::string verify(const Model& m, Specimen<T>& s, const Null& null, bool record
     // Under valgrind the x87 unit runs at double width and SSE arithmetic drops NaN
     // payloads: there only memory is checked where the x87 format matters, and any
     // NaN stands for any other.
-    static const bool memcheck = std::getenv("VORX_MEMCHECK") != nullptr;
+    const bool memcheck = underValgrind();
     const bool values = !(memcheck && m.extendedPrecision(e));
     if (got != want && values)
         return where + ": status " + std::to_string(got) + ", expected " + std::to_string(want);
@@ -493,8 +502,7 @@ bool faultsInAChild()
 #ifdef __SANITIZE_ADDRESS__
     return true;
 #else
-    static const bool memcheck = std::getenv("VORX_MEMCHECK") != nullptr;
-    return memcheck;
+    return underValgrind();
 #endif
 }
 }  // namespace
