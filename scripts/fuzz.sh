@@ -6,15 +6,13 @@
 #   scripts/fuzz.sh --only PREFIX SECONDS
 #                                  fuzz only the functions whose names begin with PREFIX
 #
-# Findings go to build/fuzz/findings/; new inputs to build/fuzz/corpus/.
+# It runs in the checking build build/asan, which the sanitizer suite shares.
+# Findings go to build/asan/findings/; new inputs to build/asan/corpus/.
 set -eu
 cd "$(dirname "$0")/.."
-root=$PWD
 bash scripts/setup.sh
-build=build/fuzz
-cmake -S . -B "$build" -DCMAKE_TOOLCHAIN_FILE="$root/cmake/fuzz-toolchain.cmake" -DVORX_CHECK=fuzz \
-      -DVORX_BUILD_TESTS=ON -DVORX_BUILD_EXAMPLES=OFF >/dev/null
-cmake --build "$build" -j"$(nproc)" --target vorx_fuzz >/dev/null
+build=build/asan
+bash scripts/checked.sh asan vorx_fuzz >/dev/null
 export ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=1:abort_on_error=1}
 export UBSAN_OPTIONS=${UBSAN_OPTIONS:-print_stacktrace=1}
 if [ "${1:-}" = "--only" ]; then
@@ -22,7 +20,7 @@ if [ "${1:-}" = "--only" ]; then
     shift 2
 fi
 if [ "${1:-}" = "--replay" ]; then
-    exec "$build/tests/vorx_fuzz" "$2"
+    VORX_FUZZ_SHOW=1 exec "$build/tests/vorx_fuzz" "$2"
 fi
 seconds=${1:-60}
 mkdir -p "$build/corpus" "$build/findings"

@@ -49,6 +49,22 @@ void drawStrides(FuzzedDataProvider& in, Options& o, int32_t E, uint32_t rows, u
     o.bs = in.ConsumeIntegralInRange<int32_t>(-40, 40);
 }
 
+// The case an input makes, for a replay (scripts/fuzz.sh --replay sets VORX_FUZZ_SHOW).
+template <class T>
+void show(const Specimen<T>& s, const Null& null)
+{
+    std::fprintf(stderr, "vorx fuzz case: %s count %u", s.e->name, s.d.count);
+    for (const auto& [name, value] : s.d.v) std::fprintf(stderr, " %s %u", name.c_str(), value);
+    if (!s.aliasDst.empty()) std::fprintf(stderr, " dst=%s", s.aliasDst.c_str());
+    if (!null.op.empty()) std::fprintf(stderr, " null %s%s %u", null.op.c_str(), null.entry ? " entry" : "", null.index);
+    std::fprintf(stderr, "\n");
+    for (const auto& a : s.args)
+        if (a.elems)
+            std::fprintf(stderr, "  %s: %ux%u objects %u os %d rs %d es %d bs %d table %zu\n", a.desc->name,
+                         a.elems->rows(), a.elems->cols(), a.elems->count(), a.elems->objectStride(),
+                         a.elems->rowStride(), a.elems->elemStride(), a.elems->byteShift(), a.elems->tableSize());
+}
+
 template <class T>
 std::string run(FuzzedDataProvider& in, const CatalogueEntry& e, const Model& m)
 {
@@ -97,10 +113,19 @@ std::string run(FuzzedDataProvider& in, const CatalogueEntry& e, const Model& m)
     if (what == 0 && !tops.empty()) {
         null.op = tops[in.ConsumeIntegralInRange<size_t>(0, tops.size() - 1)]->name;
     } else if (what == 1 && !tables.empty()) {
-        null.op = tables[in.ConsumeIntegralInRange<size_t>(0, tables.size() - 1)]->name;
-        null.entry = true;
-        null.index = in.ConsumeIntegralInRange<uint32_t>(0, static_cast<uint32_t>(s.op(null.op).tableSize()) - 1);
+        // The entries of the operand's own elements, or a list's `count` entries (none
+        // at count 0); entries a form reads beyond them are never tested.
+        const char* name = tables[in.ConsumeIntegralInRange<size_t>(0, tables.size() - 1)]->name;
+        const Laid<T>& l = s.op(name);
+        const bool list = l.layout() == Lay::L || l.layout() == Lay::LS2;
+        const uint32_t entries = list ? d.count : l.rows() * l.cols();
+        if (entries) {
+            null.op = name;
+            null.entry = true;
+            null.index = in.ConsumeIntegralInRange<uint32_t>(0, entries - 1);
+        }
     }
+    if (std::getenv("VORX_FUZZ_SHOW")) show(s, null);
     return verify(m, s, null);
 }
 

@@ -156,6 +156,7 @@ public:
         opt.explicitStrides = true;
         opt.os = E + 4;
         opt.bs = std::string_view(o.name) == "dst" ? 5 : 7;
+        opt.slack = std::max(opt.slack, 2u);  // the last read ends 2 bytes past dst's last element
     }
 
     template <class T>
@@ -194,6 +195,14 @@ public:
         return std::string_view(e.layout) == "P" && (c[0] == 'm' || !isF32(e));
     }
     bool nullChecked(const CatalogueEntry& e, const Operand&) const override { return !unchecked(e); }
+
+    // mT in Pointer layout reads at the entries unshifted: as far past an element as
+    // the shift is below zero (drawn shifts reach -40 bytes).
+    void options(const CatalogueEntry& e, const Dims&, const Operand& o, Options& opt) const override
+    {
+        if (std::string_view(e.code) == "mT" && std::string_view(e.layout) == "P" && std::string_view(o.name) == "src")
+            opt.slack = std::max(opt.slack, 40u);
+    }
 
     template <class T>
     vorxStatus run(const Specimen<T>& in, Specimen<T>& out) const
