@@ -80,6 +80,18 @@ T randomValue(std::mt19937& rng, int scaleExp = 3)
     return std::ldexp(static_cast<T>(centred), scaleExp - (bits - 1));
 }
 
+// `v` filled with random values in [-1, 1); returns v'v. The vector of a random
+// Householder reflection I - 2 v v' / v'v.
+inline long double randomReflector(std::vector<long double>& v, std::mt19937& rng)
+{
+    long double vv = 0;
+    for (auto& x : v) {
+        x = randomValue<double>(rng, 0);
+        vv += x * x;
+    }
+    return vv;
+}
+
 struct Options {
     int misalign = -1;   // base address modulo 16; -1: random
     bool align16 = false;  // every object, row and list entry on 16 bytes (drawn strides rounded up)

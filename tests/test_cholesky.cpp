@@ -293,8 +293,7 @@ TEST(CholeskyBackSubst, OrderOneAppliesTheReciprocalTwice)
 std::vector<long double> conditioned(uint32_t S, long double kappa, std::mt19937& rng)
 {
     std::vector<long double> v(S), a(S * S, 0.0L);
-    long double vv = 0;
-    for (auto& x : v) vv += (x = vt::randomValue<double>(rng, 0)) * x;
+    const long double vv = vt::randomReflector(v, rng);
     auto h = [&](uint32_t i, uint32_t j) { return (i == j ? 1 : 0) - 2 * v[i] * v[j] / vv; };
     for (uint32_t i = 0; i < S; ++i)
         for (uint32_t j = 0; j < S; ++j)

@@ -408,8 +408,7 @@ std::vector<long double> conditioned(uint32_t S, long double kappa, std::mt19937
     for (uint32_t i = 0; i < S; ++i) a[i * S + i] = S > 1 ? std::pow(kappa, -static_cast<long double>(i) / (S - 1)) : 1;
     for (int side = 0; side < 2; ++side) {
         std::vector<long double> v(S);
-        long double n2 = 0;
-        for (auto& x : v) n2 += (x = vt::randomValue<double>(rng, 0)) * x;
+        const long double n2 = vt::randomReflector(v, rng);
         // a = H a (side 0) or a H (side 1), H = I - 2 v v' / v'v.
         std::vector<long double> out(S * S);
         for (uint32_t i = 0; i < S; ++i)

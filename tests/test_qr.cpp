@@ -160,9 +160,7 @@ template <class T>
 std::vector<T> conditioned(uint32_t w, uint32_t h, long double kappa, std::mt19937& rng)
 {
     std::vector<long double> u(h), v(w);
-    long double uu = 0, vv = 0;
-    for (auto& x : u) uu += (x = vt::randomValue<double>(rng, 0)) * x;
-    for (auto& x : v) vv += (x = vt::randomValue<double>(rng, 0)) * x;
+    const long double uu = vt::randomReflector(u, rng), vv = vt::randomReflector(v, rng);
     std::vector<T> a(h * w);
     for (uint32_t i = 0; i < h; ++i)
         for (uint32_t j = 0; j < w; ++j) {

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Checks the built library file: it imports nothing, exports exactly the catalogue's
-# built names, and holds no instruction beyond SSE (x87 and SSE single only).
+# built names, holds no instruction beyond SSE (x87 and SSE single only), and has no
+# writable data of its own.
 set -u
 lib=$1 names=$2 what=$3
 case $what in
@@ -19,4 +20,13 @@ isa)
     hits2=$(objdump -d --no-show-raw-insn "$lib" | grep -E '\b(lfence|mfence|clflush|movnti)\b')
     if [ -n "$hits$hits2" ]; then echo "$hits$hits2" | head -20; exit 1; fi
     echo "no SSE2 instruction";;
+state)
+    # Nothing a call could leave for the next one or share between threads: the only
+    # writable sections are those the loader fills in, and the relocated constants,
+    # which turn read-only once loaded (RELRO).
+    hits=$(readelf -SW "$lib" | sed -E 's/^\s*\[\s*[0-9]+\]//' |
+           awk '$7 ~ /W/ && $1 !~ /^\.(data\.rel\.ro|dynamic|got|got\.plt)$/ && $5 !~ /^0+$/ {print $1, $5}')
+    if [ -n "$hits" ]; then echo "writable sections: $hits"; exit 1; fi
+    readelf -lW "$lib" | grep -q GNU_RELRO || { echo "no RELRO segment"; exit 1; }
+    echo "no writable data";;
 esac
