@@ -511,22 +511,22 @@ void onFault(int) { siglongjmp(*gFaultJump, 1); }
 // and under valgrind a fault on purpose counts as an error of the run: there a call
 // that may fault is tried in a child first (its reports silenced), and made here only
 // where it came through.
-bool faultsInAChild()
+bool faultsInAChild(bool nullMayBeFollowed)
 {
 #if defined(__SANITIZE_ADDRESS__)
-    return true;
+    if (nullMayBeFollowed) return true;
 #elif defined(__has_feature)
 #if __has_feature(address_sanitizer)
-    return true;
+    if (nullMayBeFollowed) return true;
 #endif
 #endif
     return underValgrind();
 }
 }  // namespace
 
-bool faults(const std::function<void()>& f)
+bool faults(const std::function<void()>& f, bool nullMayBeFollowed)
 {
-    if (faultsInAChild()) {
+    if (faultsInAChild(nullMayBeFollowed)) {
         if (fork() == 0) {
             dup2(open("/dev/null", O_WRONLY), 2);
             f();
