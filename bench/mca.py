@@ -2,15 +2,16 @@
 """Static cost of the hot loop of exported functions, for machines that cannot run them.
 
     bench/mca.py [--lib build/i386/libvorxa6.so] [--cpus znver3,skylake,znver2]
-                 [--loop N] [--per N] [--inner N] [--show] FUNCTION...
+                 [--loop N] [--per N] [--inner N,...] [--show] FUNCTION...
 
 Disassembles FUNCTION from the library, takes its largest loop (the span of its
 largest backward branch; --loop N picks the N-th largest instead), and runs llvm-mca
 on that body as a steady-state loop for each processor model. Prints, per function,
 the instructions of the loop, how many of them are integer work (neither SSE nor x87
 nor a load or store of data), and llvm-mca's cycles per iteration on each model;
---per N divides by the objects one iteration computes; --inner N writes out an inner
-loop of N turns (a fixed-size element loop left rolled). --show prints the body.
+--per N divides by the objects one iteration computes; --inner N[,M...] writes out
+the inner loops of N, M... turns (fixed-size loops left rolled), in address order;
+their branches stay in the body, taken as not taken. --show prints the body.
 
 The i386 library is the product; this is how its loops are judged where the machine
 cannot run 32-bit programs (bench/README.md).
@@ -23,6 +24,9 @@ import sys
 NOPS = re.compile(r"^(nop|xchg\s+%ax,%ax|lea\s+0x0\(%[a-z]+(,%eiz,1)?\),%[a-z]+|data16|cs nop|.*%eiz.*)")
 BRANCH = re.compile(r"^(j[a-z]+)\s+([0-9a-f]+)\s+<")
 LINE = re.compile(r"^\s*([0-9a-f]+):\s+(.*)$")
+
+
+CALL = re.compile(r"^call\s+[0-9a-f]+\s+<([^>@+]+)>")
 
 
 def disassemble(lib, fn):
@@ -46,21 +50,25 @@ def loops(insns):
         m = BRANCH.match(text)
         if m and int(m.group(2), 16) <= a and int(m.group(2), 16) in index:
             start = index[int(m.group(2), 16)]
-            # a jump back into set-up code that also holds a return is not a loop
-            if not any(t.startswith("ret") for _, t in insns[start:n]):
-                found.append((start, n))
-    return sorted(found, key=lambda p: p[0] - p[1])
+            # a span that holds a return is a jump back from code laid out after the
+            # function's exit (set-up or a last stage), not a loop: taken last
+            exits = any(t.startswith("ret") for _, t in insns[start:n])
+            if not (exits and m.group(1) == "jmp"):
+                found.append((exits, start, n))
+    return [(s, e) for _, s, e in sorted(found, key=lambda p: (p[0], p[1] - p[2]))]
 
 
-def body(insns, start, end, inner=1):
-    """The loop as assembly llvm-mca reads: branches to labels, padding dropped. An
-    inner loop with a fixed trip count `inner` is written out that many times."""
+def body(insns, start, end, inner=()):
+    """The loop as assembly llvm-mca reads: branches to labels, padding dropped. Inner
+    loops with fixed trip counts (`inner`, in address order) are written out."""
     lines = [".Lloop:"]
-    span = list(range(start, end + 1))
-    nested = [(s, e) for s, e in loops(insns) if start < s and e < end]
-    if inner > 1 and nested:
-        s, e = max(nested, key=lambda p: p[1] - p[0])
-        span = list(range(start, s)) + list(range(s, e)) * inner + list(range(e + 1, end + 1))
+    nested = sorted((s, e) for s, e in loops(insns) if start < s and e < end)
+    outer = [(s, e) for s, e in nested if not any(s2 < s and e <= e2 for s2, e2 in nested)]
+    span, at = [], start
+    for (s, e), times in zip(outer, inner):
+        span += list(range(at, s)) + list(range(s, e)) * (times - 1) + list(range(s, e + 1))
+        at = e + 1
+    span += list(range(at, end + 1))
     for a, text in (insns[n] for n in span):
         if NOPS.match(text):
             continue
@@ -98,8 +106,8 @@ def main():
     ap.add_argument("--cpus", default="znver3,skylake,znver2")
     ap.add_argument("--loop", type=int, default=1)
     ap.add_argument("--per", type=float, default=1)
-    ap.add_argument("--inner", type=int, default=1,
-                    help="trip count of an inner loop, written out in the body")
+    ap.add_argument("--inner", default="",
+                    help="trip counts of the inner loops in address order, e.g. 6,3")
     ap.add_argument("--show", action="store_true")
     args = ap.parse_args()
     cpus = args.cpus.split(",")
@@ -108,11 +116,20 @@ def main():
     for fn in args.functions:
         insns = disassemble(args.lib, fn)
         found = loops(insns)
+        # an exported function may hand the whole call to a local body: follow it
+        seen = {fn}
+        while not found:
+            callees = [m.group(1) for _, t in insns for m in [CALL.match(t)] if m]
+            if len(callees) != 1 or callees[0] in seen:
+                break
+            seen.add(callees[0])
+            insns = disassemble(args.lib, callees[0])
+            found = loops(insns)
         if len(found) < args.loop:
             print("| %s | no loop | | %s" % (fn, "| " * len(cpus)))
             continue
         start, end = found[args.loop - 1]
-        asm = body(insns, start, end, args.inner)
+        asm = body(insns, start, end, [int(t) for t in args.inner.split(",") if t])
         code = [l.strip() for l in asm if not l.startswith(".L")]
         per = args.per
         ints = sum(integer_work(t) for t in code)
