@@ -5,13 +5,14 @@ namespace vorx {
 
 // vorxSub_vava_32f_3x1 streams: four objects a pass while four remain, prefetching
 // 64 bytes ahead in both sources, then the rest one at a time. Each object is the
-// same packed subtraction as elsewhere.
+// same packed subtraction as elsewhere. A dense run is one pass, as in every form.
 template <>
 struct Body<tag::Sub_vava, float, 3, Lay::C> {
     static vorxStatus run(Direct<const float> a, Direct<const float> b, Direct<float> d,
                           uint32_t, uint32_t count)
     {
         if (anyNull(a, b, d)) return kNull;
+        if (count && dense::run<SubOp, 3, 0>(a, b, d, 1, 3, count)) return kOk;
         auto x = a.first();
         auto y = b.first();
         auto z = d.first();

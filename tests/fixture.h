@@ -80,6 +80,7 @@ struct Options {
     int misalign = -1;   // base address modulo 16; -1: random
     bool tight = false;  // Contiguous rows and objects with no padding at all
     bool zeroObjectStride = false;
+    bool run = false;    // Pointer: the elements' stretches back to back in order (one run)
 };
 
 // `count` objects of `rows` x `cols` stored elements of T in layout `lay`. A single
@@ -116,10 +117,10 @@ public:
         } else if (lay == Lay::P || lay == Lay::PS2) {
             // One entry per element of one object; objects E (Pointer) or os apart.
             os_ = !array ? 0 : lay == Lay::P ? E : E + pad(0, 6);
-            size_t region = static_cast<size_t>(count_ - 1) * os_ + E + pad(0, 5);
+            size_t region = static_cast<size_t>(count_ - 1) * os_ + E + (o.run ? 0 : pad(0, 5));
             std::vector<uint32_t> order(rows * cols);
             for (uint32_t e = 0; e < order.size(); ++e) order[e] = e;
-            shuffle(order, rng);
+            if (!o.run) shuffle(order, rng);
             alloc(lead + region * order.size() + 64);
             table_.assign(rows * cols, nullptr);
             for (uint32_t slot = 0; slot < order.size(); ++slot) {

@@ -351,7 +351,8 @@ vorxStatus packedMatrices(A a, B b, D d, uint32_t count, bool array)
             object(0, only(a), only(b), only(d));
             return kOk;
         }
-        return arrayCall(false, N * N, count, before, object, a, b, d);
+        auto whole = [&] { return dense::run<Op, N * N, Single>(a, b, d, N, N, count); };
+        return arrayCallWhole(false, N * N, count, before, whole, object, a, b, d);
     } else {
         using Yes = std::true_type;
         using No = std::false_type;
@@ -399,7 +400,8 @@ vorxStatus packedMatrices(A a, B b, D d, uint32_t count, bool array)
             object(0, only(a), only(b), only(d));
             return kOk;
         }
-        return arrayCall(false, N * N, count, before, object, a, b, d);
+        auto whole = [&] { return dense::run<Op, N * N, Single>(a, b, d, N, N, count); };
+        return arrayCallWhole(false, N * N, count, before, whole, object, a, b, d);
     }
 }
 
@@ -428,6 +430,14 @@ vorxStatus pipelined3x3(A a, B b, D d, uint32_t count, int32_t src2RowStride)
         B b2 = b;
         b2.rs = src2RowStride;
         inv = fetchRows<3, false>(only(b2));
+    }
+    if constexpr (!list) {
+        // At count 1 and over a dense run is one pass (at count 0 the pipeline's last
+        // stage computes its one object).
+        B b2 = b;
+        if constexpr (isTr<B>) b2.v.rs = src2RowStride;
+        else b2.rs = src2RowStride;
+        if (count && dense::run<Op, 9, 2>(a, b2, d, 3, 3, count)) return kOk;
     }
     auto x = a.first();
     auto z = d.first();
@@ -530,7 +540,7 @@ struct MatFamily {
             else if constexpr (packed)
                 return packedRun<mat::NoAlign>(a, b, d, count, true);
             else
-                return elementwiseArray<Op, N>(a, b, d, w, h, count);
+                return elementwiseArray<Op, N * N, Single>(a, b, d, w, h, count);
         }
     };
 };

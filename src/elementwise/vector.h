@@ -88,7 +88,8 @@ vorxStatus packedVectors(A a, B b, D d, uint32_t count)
         if constexpr (Single == 2) y = inv; else y = fetch<N>(b1);
         VecReg<N>::template op<Op>(x, y).store(d1.row(0));
     };
-    return arrayCall(false, N, count, before, object, a, b, d);
+    auto whole = [&] { return dense::run<Op, N, Single>(a, b, d, 1, N, count); };
+    return arrayCallWhole(false, N, count, before, whole, object, a, b, d);
 }
 
 // The 3-element forms with one single vector (vav, vva) stay scalar: three scalar
@@ -112,7 +113,8 @@ vorxStatus scalarVectors3(A a, B b, D d, uint32_t count)
             *d1.at(0, j) = Op::s(x, y);
         }
     };
-    return arrayCall(false, 3, count, before, object, a, b, d);
+    auto whole = [&] { return dense::run<Op, 3, Single>(a, b, d, 1, 3, count); };
+    return arrayCallWhole(false, 3, count, before, whole, object, a, b, d);
 }
 
 // Sources of the run-time Contiguous loop: a vector read aligned or unaligned as
@@ -203,7 +205,7 @@ struct VecFamily {
             else if constexpr (packed)
                 return packedVectors<Op, N, Single>(a, b, d, count);
             else
-                return elementwiseArray<Op, N>(a, b, d, len, 1, count);
+                return elementwiseArray<Op, N, Single>(a, b, d, len, 1, count);
         }
     };
 };

@@ -87,17 +87,27 @@ template <bool Lists = true, class Object, class... C>
 // The usual run of an array call: steps 1 to 5 around an object kernel. `sizesBad`
 // is step 2 as the family reads it; `entries` the table length of step 3;
 // `beforeCount` runs after the table scan and before the count test (the packed
-// fixed-size forms load their invariant operand there).
-template <class Object, class Before, class... O>
-[[gnu::always_inline]] inline vorxStatus arrayCall(bool sizesBad, uint32_t entries, uint32_t count, Before beforeCount,
-                     Object object, const O&... o)
+// fixed-size forms load their invariant operand there). `whole` runs after the count
+// test and may do every object in one pass, returning true when it has.
+template <class Whole, class Object, class Before, class... O>
+[[gnu::always_inline]] inline vorxStatus arrayCallWhole(bool sizesBad, uint32_t entries, uint32_t count,
+                                                        Before beforeCount, Whole whole, Object object,
+                                                        const O&... o)
 {
     if (anyNull(o...)) return kNull;
     if (sizesBad) return kBadSize;
     if (!tablesOk(entries, o...)) return kNull;
     beforeCount();
     if (count == 0) return kOk;
+    if (whole()) return kOk;
     return eachObject(count, object, first(o)...);
+}
+
+template <class Object, class Before, class... O>
+[[gnu::always_inline]] inline vorxStatus arrayCall(bool sizesBad, uint32_t entries, uint32_t count,
+                                                   Before beforeCount, Object object, const O&... o)
+{
+    return arrayCallWhole(sizesBad, entries, count, beforeCount, [] { return false; }, object, o...);
 }
 
 inline void nothing() {}

@@ -109,6 +109,15 @@ struct Direct {
     const void* top() const { return x; }
     Obj<T> object(intptr_t k) const { return {byteAt(x, k * os), rs, es}; }
     Direct withShape(uint32_t, uint32_t) const { return *this; }
+    // Objects of rows x cols elements that follow each other with nothing between
+    // them or between their rows: the array is one run, object after object.
+    T* run(uint32_t rows, uint32_t cols, uint32_t) const
+    {
+        const int32_t E = sizeof(T);
+        const int32_t row = static_cast<int32_t>(cols) * E;
+        bool dense = es == E && (rows == 1 || rs == row) && os == static_cast<int32_t>(rows) * row;
+        return dense ? x : nullptr;
+    }
 
     struct Cursor {
         T* p;
@@ -133,6 +142,18 @@ struct ElemTable {
     TableObj<T> object(intptr_t k) const { return {x, bs + k * os, pitch}; }
     bool entry(uint32_t n) const { return x[n] != nullptr; }
     ElemTable withShape(uint32_t, uint32_t cols) const { return {x, bs, os, cols}; }
+    // Each element's objects lie E apart, and the table's entries each begin where
+    // the run of the previous element ends: the array is one run, element after
+    // element (a structure of arrays).
+    T* run(uint32_t rows, uint32_t cols, uint32_t count) const
+    {
+        const uintptr_t length = static_cast<uintptr_t>(count) * sizeof(T);
+        if (os != static_cast<int32_t>(sizeof(T))) return nullptr;
+        for (uint32_t e = 1; e < rows * cols; ++e)
+            if (reinterpret_cast<uintptr_t>(x[e]) != reinterpret_cast<uintptr_t>(x[e - 1]) + length)
+                return nullptr;
+        return byteAt(x[0], bs);
+    }
 
     struct Cursor {
         T* const* x;
@@ -158,6 +179,7 @@ struct ObjTable {
     Obj<T> object(intptr_t k) const { return {byteAt(x[k], bs), rs, es}; }
     bool entry(uint32_t k) const { return x[k] != nullptr; }
     ObjTable withShape(uint32_t, uint32_t) const { return *this; }
+    T* run(uint32_t, uint32_t, uint32_t) const { return nullptr; }
 
     // The list entry is read once for the test and the object.
     struct Cursor {
@@ -180,6 +202,7 @@ struct Tr {
     auto object(intptr_t k) const { return TrObj<decltype(v.object(k))>{v.object(k)}; }
     bool entry(uint32_t n) const { return v.entry(n); }
     Tr withShape(uint32_t rows, uint32_t cols) const { return {v.withShape(cols, rows)}; }
+    Elem* run(uint32_t, uint32_t, uint32_t) const { return nullptr; }
 
     struct Cursor {
         typename V::Cursor c;
