@@ -2,7 +2,7 @@
 """Static cost of the hot loop of exported functions, for machines that cannot run them.
 
     bench/mca.py [--lib build/i386/libvorxa6.so] [--cpus znver3,skylake,znver2]
-                 [--loop N] [--per N] [--inner N,...] [--show] FUNCTION...
+                 [--loop N] [--per N] [--inner N,...] [--show] [--list] FUNCTION...
 
 Disassembles FUNCTION from the library, takes its largest loop (the span of its
 largest backward branch; --loop N picks the N-th largest instead), and runs llvm-mca
@@ -11,7 +11,8 @@ the instructions of the loop, how many of them are integer work (neither SSE nor
 nor a load or store of data), and llvm-mca's cycles per iteration on each model;
 --per N divides by the objects one iteration computes; --inner N[,M...] writes out
 the inner loops of N, M... turns (fixed-size loops left rolled), in address order;
-their branches stay in the body, taken as not taken. --show prints the body.
+their branches stay in the body, taken as not taken. --show prints the body; --list
+lists the loops (a function with a dense pass has it beside its object loop).
 
 The i386 library is the product; this is how its loops are judged where the machine
 cannot run 32-bit programs (bench/README.md).
@@ -109,6 +110,7 @@ def main():
     ap.add_argument("--inner", default="",
                     help="trip counts of the inner loops in address order, e.g. 6,3")
     ap.add_argument("--show", action="store_true")
+    ap.add_argument("--list", action="store_true", help="list the loops, largest first, and stop")
     args = ap.parse_args()
     cpus = args.cpus.split(",")
     print("| function | loop insns | integer | %s |" % " | ".join("%s cycles" % c for c in cpus))
@@ -125,6 +127,10 @@ def main():
             seen.add(callees[0])
             insns = disassemble(args.lib, callees[0])
             found = loops(insns)
+        if args.list:
+            for n, (a, b) in enumerate(found, 1):
+                print("| %s | loop %d at %x: %d instructions |" % (fn, n, insns[a][0], b - a + 1))
+            continue
         if len(found) < args.loop:
             print("| %s | no loop | | %s" % (fn, "| " * len(cpus)))
             continue
