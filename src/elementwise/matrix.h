@@ -45,7 +45,7 @@ void storeHead(float* p, R x)
     else sse::store4u(p, x);
 }
 // Columns 4, 5 of two adjacent rows.                 lanes: r0 e4, r0 e5, r1 e4, r1 e5
-inline R loadPair(const float* r0, const float* r1) { return _mm_loadh_pi(sse::load2(r0 + 4), sse::half(r1 + 4)); }
+inline R loadPair(const float* r0, const float* r1) { return _mm_loadh_pi(sse::load2low(r0 + 4), sse::half(r1 + 4)); }
 inline void storePair(float* r0, float* r1, R x)
 {
     sse::store2(r0 + 4, x);
@@ -97,7 +97,7 @@ Rows<3> fetchRows3T(const O& stored, int32_t rowStride)
 // row r in its low half and of row r+1 in its high half, by two 64-bit moves.
 inline R loadTile(const float* r0, const float* r1)
 {
-    return _mm_loadh_pi(_mm_loadl_pi(sse::zero(), sse::half(r0)), sse::half(r1));
+    return _mm_loadh_pi(_mm_loadl_pi(sse::blank(), sse::half(r0)), sse::half(r1));
 }
 inline void storeTile(float* r0, float* r1, R t)
 {

@@ -41,7 +41,7 @@ template <class B>
 [[gnu::always_inline]] inline R pair45(const B& b, typename B::Row r, uint32_t n)
 {
     if constexpr (!isTr<B>) {
-        R p = sse::load2(b.in(r, 4));  // c4, c5, 0, 0
+        R p = sse::load2low(b.in(r, 4));  // c4, c5, -, -
         return _mm_movelh_ps(p, p);
     } else {
         float c4 = *b.at(n, 4), c5 = *b.at(n, 5);
@@ -59,6 +59,9 @@ template <int N, bool Single, bool S1T, bool S2T, bool Arr2>
 struct Packed {
     static constexpr bool col4Late = N == 5 && Single && !S2T;
     static constexpr bool pairsLate = N == 6 && Single && S2T;
+    // A plain array src2's columns 4, 5 are read in the second pass (fewer registers
+    // held through the first).
+    static constexpr bool lazyPairs = N == 6 && Arr2 && !S2T;
 
     struct Src2 {
         R r[N];
@@ -73,7 +76,7 @@ struct Packed {
             for (uint32_t n = 0; n < N; ++n) {
                 r[n] = N == 3 ? row3(b, row, n) : row4(b, row, n);
                 if constexpr (N == 5 && !col4Late) c4[n] = *b.in(row, 4);
-                if constexpr (N == 6 && !pairsLate) t[n] = pair45(b, row, n);
+                if constexpr (N == 6 && !pairsLate && !lazyPairs) t[n] = pair45(b, row, n);
                 if (n + 1 < N) row = b.down(row);
             }
         }
@@ -165,38 +168,54 @@ struct Packed {
                 if (i < 5) next();
             }
             if constexpr (pairsLate) h.loadPairs(b);
+            // Second pass: the three pairs of rows side by side, n upward in each; a
+            // register holds (r, 4), (r, 5), (r+1, 4), (r+1, 5). A plain array src2's
+            // columns 4, 5 are read here, one row at a time: the first pass stored
+            // only columns 0..3, so dst = src2 still reads them as they were.
+            R acc[3];
             auto r0 = a.row(0);
+            auto brow = b.row(0);
+#pragma GCC unroll 3
+            for (uint32_t n = 0; n < 6; n += 2) {
+                R t0, t1;
+                if constexpr (lazyPairs) {
+                    t0 = pair45(b, brow, n);
+                    brow = b.down(brow);
+                    t1 = pair45(b, brow, n + 1);
+                    if (n < 4) brow = b.down(brow);
+                } else {
+                    t0 = h.t[n];
+                    t1 = h.t[n + 1];
+                }
+                auto ra = r0;
+#pragma GCC unroll 3
+                for (uint32_t r = 0; r < 6; r += 2) {
+                    R v0, v1;  // lanes: s1(r, n), s1(r, n), s1(r+1, n), s1(r+1, n); the same at n+1
+                    if constexpr (!S1T) {
+                        auto ra1 = a.down(ra);
+                        R p = sse::load2low(a.in(ra, n));   // (r, n), (r, n+1), -, -
+                        R q = sse::load2low(a.in(ra1, n));  // (r+1, n), (r+1, n+1), -, -
+                        v0 = _mm_shuffle_ps(p, q, _MM_SHUFFLE(0, 0, 0, 0));
+                        v1 = _mm_shuffle_ps(p, q, _MM_SHUFFLE(1, 1, 1, 1));
+                        if (r < 4) ra = a.down(ra1);
+                    } else {
+                        // a transposed src1 stores (r, n) and (r+1, n) side by side
+                        R p = sse::load2low(a.at(r, n));      // (r, n), (r+1, n), -, -
+                        R q = sse::load2low(a.at(r, n + 1));  // (r, n+1), (r+1, n+1), -, -
+                        v0 = _mm_shuffle_ps(p, p, _MM_SHUFFLE(1, 1, 0, 0));
+                        v1 = _mm_shuffle_ps(q, q, _MM_SHUFFLE(1, 1, 0, 0));
+                    }
+                    R x = n == 0 ? sse::mul(v0, t0) : plus(acc[r / 2], sse::mul(v0, t0));
+                    acc[r / 2] = plus(x, sse::mul(v1, t1));
+                }
+            }
             rd = d.row(0);
 #pragma GCC unroll 3
             for (uint32_t r = 0; r < 6; r += 2) {
-                auto r1 = a.down(r0);
                 float* rd1 = d.down(rd);
-                R v[6];  // lanes: s1(r, n), s1(r, n), s1(r+1, n), s1(r+1, n)
-#pragma GCC unroll 3
-                for (uint32_t n = 0; n < 6; n += 2) {
-                    if constexpr (!S1T) {
-                        R p = sse::load2(a.in(r0, n));  // (r, n), (r, n+1), 0, 0
-                        R q = sse::load2(a.in(r1, n));  // (r+1, n), (r+1, n+1), 0, 0
-                        v[n] = _mm_shuffle_ps(p, q, _MM_SHUFFLE(0, 0, 0, 0));
-                        v[n + 1] = _mm_shuffle_ps(p, q, _MM_SHUFFLE(1, 1, 1, 1));
-                    } else {
-                        // a transposed src1 stores (r, n) and (r+1, n) side by side
-                        R p = sse::load2(a.at(r, n));      // (r, n), (r+1, n), 0, 0
-                        R q = sse::load2(a.at(r, n + 1));  // (r, n+1), (r+1, n+1), 0, 0
-                        v[n] = _mm_shuffle_ps(p, p, _MM_SHUFFLE(1, 1, 0, 0));
-                        v[n + 1] = _mm_shuffle_ps(q, q, _MM_SHUFFLE(1, 1, 0, 0));
-                    }
-                }
-                R acc = sse::mul(v[0], h.t[0]);
-#pragma GCC unroll 6
-                for (uint32_t n = 1; n < 6; ++n) acc = plus(acc, sse::mul(v[n], h.t[n]));
-                // lanes: (r, 4), (r, 5), (r+1, 4), (r+1, 5)
-                sse::store2(rd + 4, acc);
-                _mm_storeh_pi(sse::half(rd1 + 4), acc);
-                if (r < 4) {
-                    r0 = a.down(r1);
-                    rd = d.down(rd1);
-                }
+                sse::store2(rd + 4, acc[r / 2]);
+                _mm_storeh_pi(sse::half(rd1 + 4), acc[r / 2]);
+                if (r < 4) rd = d.down(rd1);
             }
         }
     }
