@@ -49,6 +49,12 @@ inline P opaque(P p)
 template <class T>
 inline T* stepped(T* p, intptr_t by) { return opaque(byteAt(p, by)); }
 
+// Where an object lies: bytes [lo, hi). Objects that are apart share no byte.
+struct Extent {
+    uintptr_t lo, hi;
+    bool apart(const Extent& o) const { return hi <= o.lo || o.hi <= lo; }
+};
+
 // One object of a Direct or List operand: its first element, rows rs apart,
 // elements es apart.
 template <class T>
@@ -61,6 +67,14 @@ struct Obj {
     Row down(Row r) const { return stepped(r, rs); }
     T* in(Row r, uint32_t j) const { return byteAt(r, step(j, es)); }
     T* at(uint32_t i, uint32_t j) const { return in(row(i), j); }
+    // The bytes an object of rows x cols elements occupies, as [first, last + 1).
+    Extent extent(uint32_t rows, uint32_t cols) const
+    {
+        intptr_t down = step(rows - 1, rs), along = step(cols - 1, es);
+        uintptr_t at = reinterpret_cast<uintptr_t>(p);
+        return {at + (down < 0 ? down : 0) + (along < 0 ? along : 0),
+                at + (down > 0 ? down : 0) + (along > 0 ? along : 0) + sizeof(T)};
+    }
 };
 
 // One object of a Pointer-layout operand: the table and the object's byte offset.
@@ -95,6 +109,7 @@ struct TrObj {
     // one at the running index i*height + j, not the entry (j*height + i) that is
     // read, so a null entry can be followed before its own test comes up.
     bool testEntry(uint32_t i, uint32_t j) const { return o.testEntry(i, j); }
+    Extent extent(uint32_t rows, uint32_t cols) const { return o.extent(cols, rows); }
 };
 
 // A step that the compiler can see to be zero (the single operand of an array call)

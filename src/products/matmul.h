@@ -8,6 +8,8 @@
 #include "../frame/x87.h"
 #include "packed.h"
 
+#include <type_traits>
+
 namespace vorx::mul {
 
 // The four sizes of a call, as the checks table names them.
@@ -22,7 +24,9 @@ struct Sizes {
 // element to +0.0 first and writes every partial sum at once, so that an aliased
 // source reads what has been written so far.
 //   32f: each product and each partial sum rounded to single.
+struct SumF32Quiet;
 struct SumF32 {
+    using Quiet = SumF32Quiet;
     using Acc = float;
     static float start(float* p) { *p = 0.0f; return 0.0f; }
     static void step(float& s, float* p, float x, float y)
@@ -33,7 +37,9 @@ struct SumF32 {
 };
 //   64f Contiguous and Strided: the sum stays in an x87 register at full width and
 //   a rounded copy is stored after each step; the final element is rounded once.
+struct SumX87Quiet;
 struct SumX87Reg {
+    using Quiet = SumX87Quiet;
     using Acc = long double;
     static long double start(double* p) { *p = 0.0; return 0.0L; }
     // A double store of the long double rounds it once, and the register goes on
@@ -47,6 +53,7 @@ struct SumX87Reg {
 //   64f Pointer and List layouts: the sum lives only in dst; the extended product
 //   is added to dst as read back, and rounded to double at every step.
 struct SumX87Mem {
+    using Quiet = void;
     using Acc = int;
     static int start(double* p) { *p = 0.0; return 0; }
     static void step(int&, double* p, double x, double y)
@@ -54,6 +61,25 @@ struct SumX87Mem {
         *p = roundToDouble(wide(*p) + wide(x) * wide(y));
     }
 };
+
+// Where dst shares no memory with the object's sources nothing can read the partial
+// sums that 32f and the register regime store: there each element is stored once,
+// at the end, from the same register (`Quiet`).
+struct SumF32Quiet {
+    using Quiet = void;
+    using Acc = float;
+    static float start(float*) { return 0.0f; }
+    static void step(float& s, float*, float x, float y) { s = sse::add(s, sse::mul(x, y)); }
+    static void end(float s, float* p) { *p = s; }
+};
+struct SumX87Quiet {
+    using Quiet = void;
+    using Acc = long double;
+    static long double start(double*) { return 0.0L; }
+    static void step(long double& s, double*, double x, double y) { s = s + wide(x) * wide(y); }
+    static void end(long double s, double* p) { *p = static_cast<double>(s); }
+};
+template <class Sum> constexpr bool isQuiet = std::is_same_v<Sum, SumF32Quiet> || std::is_same_v<Sum, SumX87Quiet>;
 
 template <class T, Lay L> struct SumFor { using type = SumX87Mem; };
 template <Lay L> struct SumFor<float, L> { using type = SumF32; };
@@ -70,6 +96,14 @@ template <class Sum, bool Entries, int N, class A, class B, class D>
 [[gnu::always_inline]] inline bool scalarObject(const A& a, const B& b, const D& d, uint32_t R,
                                                 uint32_t C, uint32_t K)
 {
+    if constexpr (!std::is_void_v<typename Sum::Quiet> && !Entries && !IsElemTable<D>::value) {
+        R = N ? N : R, C = N ? N : C, K = N ? N : K;
+        Extent e = d.extent(R, C);
+        if (e.apart(a.extent(R, K)) && e.apart(b.extent(K, C))) {
+            scalarObject<typename Sum::Quiet, false, N>(a, b, d, R, C, K);
+            return true;
+        }
+    }
     auto ra = a.row(0);
     auto rd = d.row(0);
     for (uint32_t i = 0; i < (N ? N : R); ++i) {
@@ -83,6 +117,7 @@ template <class Sum, bool Entries, int N, class A, class B, class D>
                 if (Entries && !(readOk(a, i, n) && readOk(b, n, j))) return false;
                 Sum::step(s, p, *a.in(ra, n), *b.at(n, j));
             }
+            if constexpr (isQuiet<Sum>) Sum::end(s, p);
         }
         ra = a.down(ra);
         rd = d.down(rd);
