@@ -1,11 +1,15 @@
 #!/usr/bin/env python3
 """Turns the JSON of one benchmark run into a Markdown report and an SVG plot.
 
-    report.py RESULTS.json REPORT.md PLOT.svg [--command "how the run was made"]
+    report.py --build KIND RESULTS.json FLOOR.json [--build KIND ...] [--untimed KIND]
+              --report REPORT.md --plot PLOT.svg [--command "how the run was made"]
 
-Times are CPU time per object: the median over the repetitions of each benchmark,
-with the spread as half the range between the fastest and the slowest repetition,
-relative to the median. Ratios compare kernels of the same run only.
+One --build per timed build (i386 first where it was timed): the Google Benchmark
+JSON of vorx_bench and the JSON of vorx_floor. --untimed names a build this machine
+could not time. Times are CPU time per object: the median over the repetitions of
+each benchmark, with the spread as half the range between the fastest and the
+slowest repetition, relative to the median. Ratios compare kernels of the same build
+and run only.
 """
 import argparse
 import html
@@ -124,31 +128,92 @@ def table(rows, titles, sizes_note):
     return "\n".join(out)
 
 
-def targets_table(times):
-    out = ["| target | best peer when set | best peer in this run | vorx in this run | goal | status |",
-           "|---|---|---|---|---|---|"]
-    for op, what, then, goal in TARGETS:
-        cells = {p: summary(s)[0] for (o, lay, p, n), s in times.items()
-                 if o == op and lay == "Contiguous" and n == 1000}
-        peers = [(m, p) for p, m in cells.items() if p != "vorx"]
-        bp = min(peers) if peers else None
-        v = cells.get("vorx")
-        goal_text = "≤ %s" % fmt(goal) if goal else "faster than %s" % then.rsplit(" ", 1)[0]
-        if not cells:
-            status = "not benchmarked yet (family not built)"
-        elif v is None:
-            status = "vorx rows not built yet"
-        else:
-            limit = goal if goal else bp[0] if bp else None
-            met = limit is not None and (v <= limit if goal else v < limit)
-            status = "met" if met else "not yet"
-        out.append("| %s | %s | %s | %s | %s | %s |" % (
-            what, then, "%s %s" % (bp[1], fmt(bp[0])) if bp else "–",
-            fmt(v) if v is not None else "–", goal_text, status))
+def floor_of(floor, op, lay):
+    """The floor probe's ns per object for a row, or None."""
+    found = [p["ns"] for p in floor.get("probes", []) if p["op"] == op.replace("_layouts", "")
+             and lay in p["layouts"]]
+    return min(found) if found else None
+
+
+def side_by_side(builds, n):
+    """One row per operation and layout; per build vorx, best peer, and the floor."""
+    head = ["operation", "layout"]
+    for b in builds:
+        k = b["kind"]
+        head += ["%s vorx" % k, "%s best peer" % k, "%s ÷ best" % k, "%s floor" % k, "%s ÷ floor" % k]
+    out = ["| " + " | ".join(head) + " |", "|" + "---|" * len(head)]
+    order = []
+    for b in builds:
+        for row in b["order"]:
+            if row not in order:
+                order.append(row)
+    order.sort(key=row_key)
+    titles = {}
+    for b in builds:
+        titles.update(b["titles"])
+    for op, lay in order:
+        line = [titles.get(op, op), lay]
+        present = False
+        for b in builds:
+            cells = {p: summary(s)[0] for (o, l, p, m), s in b["times"].items()
+                     if o == op and l == lay and m == n}
+            present = present or bool(cells)
+            v = cells.get("vorx")
+            peers = [(m, p) for p, m in cells.items() if p != "vorx"]
+            bp = min(peers) if peers else None
+            fl = floor_of(b["floor"], op, lay)
+            line.append(fmt(v) if v is not None else "–")
+            line.append("%s (%s)" % (bp[1], fmt(bp[0])) if bp else "–")
+            line.append("**%.2f**" % (v / bp[0]) if v is not None and bp else "–")
+            line.append(fmt(fl) if fl else "–")
+            line.append("%.2f" % (v / fl) if v is not None and fl else "–")
+        if present:
+            out.append("| " + " | ".join(line) + " |")
     return "\n".join(out)
 
 
-def plot(rows, titles, path, n):
+def targets_table(builds):
+    head = ["target", "best peer when set", "goal"]
+    for b in builds:
+        head += ["%s best peer" % b["kind"], "%s vorx" % b["kind"], "%s status" % b["kind"]]
+    out = ["| " + " | ".join(head) + " |", "|" + "---|" * len(head)]
+    for op, what, then, goal in TARGETS:
+        goal_text = "≤ %s" % fmt(goal) if goal else "faster than %s" % then.rsplit(" ", 1)[0]
+        line = [what, then, goal_text]
+        for b in builds:
+            cells = {p: summary(s)[0] for (o, lay, p, n), s in b["times"].items()
+                     if o == op and lay == "Contiguous" and n == 1000}
+            peers = [(m, p) for p, m in cells.items() if p != "vorx"]
+            bp = min(peers) if peers else None
+            v = cells.get("vorx")
+            if not cells:
+                status = "not benchmarked yet (family not built)"
+            elif v is None:
+                status = "vorx rows not built yet"
+            else:
+                limit = goal if goal else bp[0] if bp else None
+                met = limit is not None and (v <= limit if goal else v < limit)
+                status = "met" if met else "not yet"
+            line += ["%s %s" % (bp[1], fmt(bp[0])) if bp else "–", fmt(v) if v is not None else "–", status]
+        out.append("| " + " | ".join(line) + " |")
+    return "\n".join(out)
+
+
+def floor_table(b):
+    f = b["floor"]
+    out = ["Clock while probing: %.2f GHz (a chain of dependent integer adds)." % f.get("ghz", 0), ""]
+    if not f.get("avx", False):
+        out.append("The product probes need AVX encodings, which this processor lacks: not measured.")
+        out.append("")
+    out += ["| row | layouts it bounds | work per object | cycles | ns |", "|---|---|---|---|---|"]
+    for p in f.get("probes", []):
+        out.append("| %s | %s | %s | %.1f | %s |" % (b["titles"].get(p["op"], p["op"]),
+                                                     ", ".join(p["layouts"]) or "–", p["what"],
+                                                     p["cycles"], fmt(p["ns"])))
+    return "\n".join(out)
+
+
+def plot(rows, titles, path, n, kind):
     """Horizontal bars of ns per object on a log scale, one group per row."""
     present = [p for p in PEERS if any(p in c for _, _, c in rows)]
     values = [m for _, _, c in rows for (m, _) in c.values()]
@@ -164,8 +229,8 @@ def plot(rows, titles, path, n):
     svg = ['<svg xmlns="http://www.w3.org/2000/svg" width="%d" height="%d" font-family="sans-serif" '
            'font-size="11">' % (left + width + 130, height),
            '<rect width="100%" height="100%" fill="white"/>',
-           '<text x="10" y="18" font-size="14">vorx and peers: CPU ns per object at %d objects '
-           '(log scale; shorter is faster)</text>' % n]
+           '<text x="10" y="18" font-size="14">vorx and peers, %s build: CPU ns per object at %d objects '
+           '(log scale; shorter is faster)</text>' % (html.escape(kind), n)]
     decade = lo
     while decade <= hi * 1.0001:
         svg.append('<line x1="%.1f" y1="40" x2="%.1f" y2="%d" stroke="#ddd"/>' % (x(decade), x(decade), height - 30))
@@ -204,48 +269,75 @@ def plot(rows, titles, path, n):
 
 def main():
     ap = argparse.ArgumentParser()
-    ap.add_argument("results")
-    ap.add_argument("report")
-    ap.add_argument("plot")
+    ap.add_argument("--build", nargs=3, action="append", metavar=("KIND", "RESULTS", "FLOOR"),
+                    required=True)
+    ap.add_argument("--untimed", action="append", default=[])
+    ap.add_argument("--report", required=True)
+    ap.add_argument("--plot", required=True)
     ap.add_argument("--command", default="")
-    ap.add_argument("--floor", help="Markdown of vorx_floor, appended after the targets")
     args = ap.parse_args()
-    ctx, times, titles, order = load(args.results)
-    sizes = sorted({k[3] for k in times})
-    reps = max((len(v) for v in times.values()), default=0)
+    builds = []
+    for kind, results, floor in args.build:
+        ctx, times, titles, order = load(results)
+        with open(floor) as f:
+            fl = json.load(f)
+        builds.append({"kind": kind, "ctx": ctx, "times": times, "titles": titles, "order": order,
+                       "floor": fl})
+    first = builds[0]
+    sizes = sorted({k[3] for b in builds for k in b["times"]})
+    reps = max((len(v) for b in builds for v in b["times"].values()), default=0)
     md = ["# vorx benchmarks", ""]
-    md.append("- Build timed: %s; compiled with `%s` (peers with the same target flags; plain "
-              "loops at -O2 and at -O3, Eigen at -O3, LAPACK/BLAS are the system's reference "
-              "libraries)." % (ctx.get("vorx_target", "?"), ctx.get("vorx_flags", "?").strip()))
+    for b in builds:
+        md.append("- %s build timed: %s; compiled with `%s` (peers with the same target flags; plain "
+                  "loops at -O2 and at -O3, Eigen at -O3, LAPACK/BLAS are the system's reference "
+                  "libraries). Result check before timing: %s." % (
+                      b["kind"], b["ctx"].get("vorx_target", "?"),
+                      b["ctx"].get("vorx_flags", "?").strip(), b["ctx"].get("vorx_checks", "?")))
+    for kind in args.untimed:
+        md.append("- %s build not timed: this machine cannot run 32-bit programs. Its loops can "
+                  "be read statically with `bench/mca.py` (see bench/README.md)." % kind)
+    ctx = first["ctx"]
     md.append("- Machine: %s (%s), %s CPUs at %s MHz; run at %s. Google Benchmark %s build." % (
         ctx.get("host_name", "?"), ctx.get("vorx_cpu", "?"), ctx.get("num_cpus", "?"),
         ctx.get("mhz_per_cpu", "?"), ctx.get("date", "?"), ctx.get("library_build_type", "?")))
-    md.append("- Result check before timing: %s." % ctx.get("vorx_checks", "?"))
     md.append("- Statistics: %d repetitions of each benchmark in random interleaved order; each cell "
               "is the median CPU time per object in ns, ± half the range of the repetitions relative "
-              "to the median. The machine is shared: compare ratios within this run only." % reps)
-    md.append("- vorx ÷ best: vorx's median over the fastest peer's in the same row (below 1: vorx faster).")
+              "to the median. The machine is shared: compare ratios within one build of this run "
+              "only." % reps)
+    md.append("- ÷ best: vorx's median over the fastest peer's of the same build in the same row "
+              "(below 1: vorx faster). Floor: the least time per object that this processor allows "
+              "for the work of the row's scheme, measured by `vorx_floor` in the same build (end "
+              "of the report); ÷ floor: how far vorx is above it.")
     if args.command:
         md.append("- Command: `%s`" % args.command)
     md.append("")
     for n in sizes:
-        md.append("## %s objects" % format(n, ","))
+        md.append("## %s objects, %s" % (format(n, ","), " and ".join(b["kind"] for b in builds)))
         md.append("")
-        md.append(table(rows_for(times, order, n), titles,
-                        "Rows marked *not built yet* have their peers measured; the vorx row "
-                        "appears once the library exports that family."))
+        md.append(side_by_side(builds, n))
         md.append("")
+    for b in builds:
+        for n in sizes:
+            md.append("## %s objects, all peers, %s build" % (format(n, ","), b["kind"]))
+            md.append("")
+            md.append(table(rows_for(b["times"], b["order"], n), b["titles"],
+                            "Rows marked *not built yet* have their peers measured; the vorx row "
+                            "appears once the library exports that family."))
+            md.append("")
     md.append("## Targets (1,000 objects, Contiguous, ns per object)")
     md.append("")
-    md.append(targets_table(times))
+    md.append(targets_table(builds))
     md.append("")
-    if args.floor:
-        with open(args.floor) as f:
-            md.append(f.read().strip())
+    for b in builds:
+        md.append("## Floors of the probed schemes, %s build" % b["kind"])
         md.append("")
-    plot_n = 1000 if 1000 in sizes else (sizes[0] if sizes else 1000)
-    plot(rows_for(times, order, plot_n), titles, args.plot, plot_n)
-    md.append("Plot: `%s`" % args.plot)
+        md.append(floor_table(b))
+        md.append("")
+    sizes1 = sorted({k[3] for k in first["times"]})
+    plot_n = 1000 if 1000 in sizes1 else (sizes1[0] if sizes1 else 1000)
+    plot(rows_for(first["times"], first["order"], plot_n), first["titles"], args.plot, plot_n,
+         first["kind"])
+    md.append("Plot (%s build): `%s`" % (first["kind"], args.plot))
     with open(args.report, "w") as f:
         f.write("\n".join(md) + "\n")
 

@@ -97,6 +97,7 @@ struct Options {
     bool align16 = false;  // every object, row and list entry on 16 bytes (drawn strides rounded up)
     bool tight = false;  // Contiguous rows and objects with no padding at all
     bool zeroObjectStride = false;
+    bool run = false;    // Pointer: the elements' stretches back to back in order (one run)
     // Strides and shift in bytes, of any sign, instead of drawn ones.
     bool explicitStrides = false;
     bool wholeElements = false;  // a drawn element stride rounded down to whole elements
@@ -235,10 +236,10 @@ public:
             if (o.explicitStrides) os_ = !array ? 0 : lay == Lay::P ? E : o.os;
             else os_ = !array ? 0 : lay == Lay::P ? E : E + pad(0, 6);
             int64_t klo = std::min<int64_t>(0, int64_t(count_ - 1) * os_);
-            int64_t region = std::abs(int64_t(count_ - 1) * os_) + E + pad(0, 5);
+            int64_t region = std::abs(int64_t(count_ - 1) * os_) + E + (o.run ? 0 : pad(0, 5));
             std::vector<uint32_t> order(rows * cols + o.tableSlack);
             for (uint32_t e = 0; e < order.size(); ++e) order[e] = e;
-            shuffle(order, rng);
+            if (!o.run) shuffle(order, rng);
             slots_.assign(order.size(), 0);
             for (uint32_t slot = 0; slot < order.size(); ++slot) {
                 uint32_t e = order[slot];

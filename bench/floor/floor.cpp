@@ -1,14 +1,26 @@
-// vorx_floor: how fast this machine can possibly do the floating-point work of one
-// 4x4 32f product under vorx's row-broadcast scheme, with no memory traffic at all.
+// vorx_floor: how fast this machine can possibly do the work that vorx's schemes for
+// a few benchmark rows cannot do without, so that each goal can be set against what
+// the hardware allows.
 //
-// A result row is s1(i,0)*row0 + s1(i,1)*row1 + s1(i,2)*row2 + s1(i,3)*row3, every
-// product and partial sum rounded to single in that order. Per object that is 16
-// four-lane multiplies and 12 four-lane adds that no scheme can avoid, plus one
-// broadcast (a shuffle, SSE having no broadcast load) per element of src1: 16.
-// The probe times those instructions with no dependence between objects and prints
-// cycles and ns per object, so a goal can be set against what the hardware allows.
+// The products (3x3, 4x4 and 6x6 32f, row-broadcast scheme): a result row is
+// s1(i,0)*row0 + s1(i,1)*row1 + ..., every product and partial sum rounded to single
+// in that order. Per object that is N*N four-lane multiplies (6x6: 36 for columns
+// 0..3 and 18 for the pairs of columns 4, 5) and as many adds less one per register
+// row, and the shuffles of the scheme: a broadcast per element of src1 (SSE has no
+// broadcast load); at 6x6 also two spreads per pair of src1 elements in the second
+// pass and a duplication per row of src2's columns 4, 5. These run in registers with
+// no dependence between objects and no memory traffic: loads and stores come on top.
 //
-// The probe needs a processor with AVX (see below); elsewhere it says so and stops.
+// The 3-vector sum: its loads, adds and stores over data in the first-level cache,
+// once as a pass over a dense run (three packed registers for four objects) and once
+// object by object (a 32-bit and a 64-bit move per operand, one packed add).
+//
+// The 32f matrix by vector schemes, per object with the matrix and the vector
+// changing: the multiplies, adds and shuffles, in registers like the products.
+//
+// Prints a JSON list: one entry per probe, with the benchmark row it bounds (the
+// operation's id and layouts), what it times, and cycles and ns per object.
+// The products need a processor with AVX (see below); elsewhere they are left out.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -16,7 +28,7 @@
 
 namespace {
 
-constexpr unsigned long kTurns = 20000000;
+constexpr unsigned long kTurns = 2000000;
 
 template <class F>
 double nsPerTurn(F body)
@@ -38,10 +50,8 @@ double nsPerTurn(F body)
 #define M(r) "vmulps %%xmm6, %%xmm6, %%xmm" #r "\n\t"
 #define A(r) "vaddps %%xmm6, %%xmm6, %%xmm" #r "\n\t"
 #define S(r) "vshufps $0, %%xmm6, %%xmm6, %%xmm" #r "\n\t"
-#define FOUR(X) X(0) X(1) X(2) X(3)
-#define MULS FOUR(M) FOUR(M) FOUR(M) FOUR(M)
-#define ADDS FOUR(A) FOUR(A) FOUR(A)
-#define SHUFS FOUR(S) FOUR(S) FOUR(S) FOUR(S)
+#define X4(X) X(0) X(1) X(2) X(3)
+#define X16(X) X4(X) X4(X) X4(X) X4(X)
 
 // Every turn first loads 1.0 into the source register, so no operand is ever
 // denormal (which would be slow for reasons of its own).
@@ -49,17 +59,52 @@ const float kOne[4] = {1.0f, 1.0f, 1.0f, 1.0f};
 #define TURN(ops) __asm__ volatile("vmovups %0, %%xmm6\n\t" ops ::"m"(kOne) \
                                    : "xmm0", "xmm1", "xmm2", "xmm3", "xmm6")
 
-void mulsOnly() { TURN(MULS); }
-void mulsAdds() { TURN(MULS ADDS); }
-void scheme() { TURN(MULS ADDS SHUFS); }
+// 3x3: 9 multiplies, 6 adds, 9 broadcasts.
+void mul3() { TURN(X4(M) X4(M) M(0) X4(A) A(0) A(1) X4(S) X4(S) S(0)); }
+// 4x4: 16 multiplies, 12 adds, 16 broadcasts.
+void mul4Muls() { TURN(X16(M)); }
+void mul4MulsAdds() { TURN(X16(M) X4(A) X4(A) X4(A)); }
+void mul4() { TURN(X16(M) X4(A) X4(A) X4(A) X16(S)); }
+// 6x6: 54 multiplies, 45 adds, 36 broadcasts + 18 spreads + 6 duplications.
+void mul6() { TURN(X16(M) X16(M) X16(M) X4(M) M(0) M(1) X16(A) X16(A) X4(A) X4(A) X4(A) A(0)
+                   X16(S) X16(S) X16(S) X4(S) X4(S) X4(S)); }
+
+// The 3-vector sum over 256 objects in the first-level cache.
+constexpr int kObjects = 256;
+alignas(64) float gA[3 * kObjects], gB[3 * kObjects], gD[3 * kObjects];
+
+void addDense()
+{
+    const float* a = gA;
+    const float* b = gB;
+    float* d = gD;
+    for (int k = 0; k < kObjects; k += 4, a += 12, b += 12, d += 12)
+        __asm__ volatile(
+            "movups (%0), %%xmm0\n\tmovups (%1), %%xmm1\n\taddps %%xmm1, %%xmm0\n\tmovups %%xmm0, (%2)\n\t"
+            "movups 16(%0), %%xmm2\n\tmovups 16(%1), %%xmm3\n\taddps %%xmm3, %%xmm2\n\tmovups %%xmm2, 16(%2)\n\t"
+            "movups 32(%0), %%xmm4\n\tmovups 32(%1), %%xmm5\n\taddps %%xmm5, %%xmm4\n\tmovups %%xmm4, 32(%2)\n\t"
+            ::"r"(a), "r"(b), "r"(d) : "xmm0", "xmm1", "xmm2", "xmm3", "xmm4", "xmm5", "memory");
+}
+
+void addObjects()
+{
+    const float* a = gA;
+    const float* b = gB;
+    float* d = gD;
+    for (int k = 0; k < kObjects; ++k, a += 3, b += 3, d += 3)
+        __asm__ volatile(
+            "movss (%0), %%xmm0\n\tmovhps 4(%0), %%xmm0\n\tmovss (%1), %%xmm1\n\tmovhps 4(%1), %%xmm1\n\t"
+            "addps %%xmm1, %%xmm0\n\tmovss %%xmm0, (%2)\n\tmovhps %%xmm0, 4(%2)\n\t"
+            ::"r"(a), "r"(b), "r"(d) : "xmm0", "xmm1", "memory");
+}
 
 // The matrix by vector schemes, per object with the matrix and the vector changing:
 // 3x3 transposes in registers (6 shuffles) and broadcasts 3 elements; 4x4 and 6x6
 // pair rows in 2-by-2 blocks (4 and 9 shuffles), spread x in pairs (2 and 3) and
 // exchange register halves at the end (2 and 3).
 void mv3() { TURN(M(0) M(1) M(2) A(0) A(1) S(0) S(1) S(2) S(3) S(0) S(1) S(2) S(3) S(0)); }
-void mv4() { TURN(FOUR(M) A(0) A(1) A(2) FOUR(S) FOUR(S)); }
-void mv6() { TURN(FOUR(M) FOUR(M) M(0) FOUR(A) FOUR(A) FOUR(S) FOUR(S) FOUR(S) S(0) S(1) S(2)); }
+void mv4() { TURN(X4(M) A(0) A(1) A(2) X4(S) X4(S)); }
+void mv6() { TURN(X4(M) X4(M) M(0) X4(A) X4(A) X4(S) X4(S) X4(S) S(0) S(1) S(2)); }
 
 // One dependent integer add a cycle on every x86 of this century: the clock.
 double ghz()
@@ -69,38 +114,48 @@ double ghz()
     return 4.0 / ns;
 }
 
+struct Probe {
+    const char* op;       // the benchmark row's id
+    const char* layouts;  // the layouts of that row it bounds, as a JSON list
+    const char* what;
+    void (*body)();
+    int objects;  // objects one turn computes
+    bool avx;
+};
+
+const Probe kProbes[] = {
+    {"mul_mama_3x3_32f", "[\"Contiguous\", \"List\"]",
+     "9 multiplies, 6 adds, 9 broadcasts (the scheme)", mul3, 1, true},
+    {"mul_mama_4x4_32f", "[]", "16 multiplies", mul4Muls, 1, true},
+    {"mul_mama_4x4_32f", "[]", "16 multiplies, 12 adds", mul4MulsAdds, 1, true},
+    {"mul_mama_4x4_32f", "[\"Contiguous\", \"List\"]",
+     "16 multiplies, 12 adds, 16 broadcasts (the scheme)", mul4, 1, true},
+    {"mul_mama_6x6_32f", "[\"Contiguous\", \"List\"]",
+     "54 multiplies, 45 adds, 60 shuffles (the scheme)", mul6, 1, true},
+    {"add_v3_32f", "[\"Contiguous\"]",
+     "a dense run: 3 loads, adds and stores of 4 lanes per 4 objects", addDense, kObjects, false},
+    {"add_v3_32f", "[\"List\"]",
+     "object by object: 4 loads, 1 add, 2 stores", addObjects, kObjects, false},
+    {"mul_mv_3x3_32f", "[\"Contiguous\"]", "3 multiplies, 2 adds, 9 shuffles (the scheme)", mv3, 1, true},
+    {"mul_mv_4x4_32f", "[\"Contiguous\"]", "4 multiplies, 3 adds, 8 shuffles (the scheme)", mv4, 1, true},
+    {"mul_mv_6x6_32f", "[\"Contiguous\"]", "9 multiplies, 8 adds, 15 shuffles (the scheme)", mv6, 1, true},
+};
+
 }  // namespace
 
 int main()
 {
-    if (!__builtin_cpu_supports("avx")) {
-        std::printf("## Floor of the 4x4 by 4x4 32f product\n\nNot measured: the probe needs AVX "
-                    "encodings, which this processor lacks.\n");
-        return 0;
-    }
+    const bool avx = __builtin_cpu_supports("avx");
     double f = ghz();
-    struct Row {
-        const char* what;
-        void (*body)();
-    };
-    auto table = [f](std::initializer_list<Row> rows) {
-        std::printf("| work per object | cycles | ns at this clock |\n|---|---|---|\n");
-        for (auto& r : rows) {
-            double ns = nsPerTurn(r.body);
-            std::printf("| %s | %.1f | %.2f |\n", r.what, ns * f, ns);
-        }
-    };
-    std::printf("## Floor of the 4x4 by 4x4 32f product on this machine\n\n");
-    std::printf("Clock while probing: %.2f GHz (a chain of dependent integer adds). Work of one object, "
-                "in registers, objects independent (`vorx_floor`, built with the benchmarks):\n\n", f);
-    table({{"16 multiplies", mulsOnly},
-           {"16 multiplies, 12 adds", mulsAdds},
-           {"16 multiplies, 12 adds, 16 broadcasts (the scheme)", scheme}});
-    std::printf("\nThe last line is the least time any implementation of the row-broadcast scheme "
-                "can take for one object here; loads and stores come on top.\n");
-    std::printf("\n## Floor of the 32f matrix by vector schemes (both operands changing)\n\n");
-    table({{"3x3: 3 multiplies, 2 adds, 9 shuffles", mv3},
-           {"4x4: 4 multiplies, 3 adds, 8 shuffles", mv4},
-           {"6x6: 9 multiplies, 8 adds, 15 shuffles", mv6}});
+    std::printf("{\"ghz\": %.3f, \"avx\": %s, \"probes\": [", f, avx ? "true" : "false");
+    const char* sep = "\n";
+    for (const Probe& p : kProbes) {
+        if (p.avx && !avx) continue;
+        double ns = nsPerTurn(p.body) / p.objects;
+        std::printf("%s  {\"op\": \"%s\", \"layouts\": %s, \"what\": \"%s\", \"cycles\": %.2f, \"ns\": %.3f}",
+                    sep, p.op, p.layouts, p.what, ns * f, ns);
+        sep = ",\n";
+    }
+    std::printf("\n]}\n");
     return 0;
 }

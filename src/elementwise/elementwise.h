@@ -10,6 +10,8 @@
 #include "../frame/sse.h"
 #include "../frame/x87.h"
 
+#include <type_traits>
+
 namespace vorx {
 
 struct AddOp {
@@ -43,11 +45,21 @@ inline void apply(double* d, double a, double b)
     *d = static_cast<double>(Op::x(wide(a), wide(b)));  // the store rounds once
 }
 
-// An operand's element (k, i, j); a scalar operand is its value.
-inline float get(float v, uint32_t, uint32_t, uint32_t) { return v; }
-inline double get(double v, uint32_t, uint32_t, uint32_t) { return v; }
-template <class V>
-inline auto get(const V& v, uint32_t k, uint32_t i, uint32_t j) { return *v.at(k, i, j); }
+// An operand's element in row r, column j of one object; a scalar operand is its
+// value, and its rows are nothing.
+struct NoRow {};
+inline NoRow row0(float) { return {}; }
+inline NoRow row0(double) { return {}; }
+inline NoRow down(float, NoRow) { return {}; }
+inline NoRow down(double, NoRow) { return {}; }
+inline float get(float v, NoRow, uint32_t) { return v; }
+inline double get(double v, NoRow, uint32_t) { return v; }
+template <class O>
+inline auto row0(const O& o) { return o.row(0); }
+template <class O, class R>
+inline R down(const O& o, R r) { return o.down(r); }
+template <class O, class R>
+inline auto get(const O& o, R r, uint32_t j) { return *o.in(r, j); }
 
 // Gives a view the shape of the operation (h rows, w columns): the table pitch of a
 // Pointer-layout operand, plain or transposed.
@@ -56,38 +68,183 @@ inline double shaped(double v, uint32_t, uint32_t) { return v; }
 template <class V>
 inline V shaped(const V& v, uint32_t h, uint32_t w) { return v.withShape(h, w); }
 
-// Generic array call: objects in ascending k, rows in ascending i, columns in
-// ascending j. `N` is the fixed size, 0 for a size given at run time.
-template <class Op, int N, class A, class B, class D>
-vorxStatus elementwiseArray(A a, B b, D d, uint32_t w, uint32_t h, uint32_t count)
+// One object: rows in ascending i, walked down one row at a time, columns in
+// ascending j (a fixed size passes w and h as constants, and the loops open out).
+// `Entries`: a
+// single-object Pointer call tests the entries of each element just before it;
+// false at a null, with the elements before it written.
+template <class Op, bool Entries, class A, class B, class D>
+[[gnu::always_inline]] inline bool elementwiseObject(const A& a, const B& b, const D& d, uint32_t w,
+                                                     uint32_t h)
+{
+    auto ra = row0(a);
+    auto rb = row0(b);
+    auto rd = d.row(0);
+#pragma GCC unroll 6
+    for (uint32_t i = 0; i < h; ++i) {
+#pragma GCC unroll 6
+        for (uint32_t j = 0; j < w; ++j) {
+            if (Entries && !elementsOk(i, j, a, b, d)) return false;
+            apply<Op>(d.in(rd, j), get(a, ra, j), get(b, rb, j));
+        }
+        if (i + 1 < h) {
+            ra = down(a, ra);
+            rb = down(b, rb);
+            rd = d.down(rd);
+        }
+    }
+    return true;
+}
+
+// Dense runs. Where every array operand of a call is one run (run() in operand.h),
+// the call is a single pass over its count * size elements: 32f four lanes at a time
+// with a scalar tail, 64f element by element. Each element is still the one operation
+// of the element loop, the pass reads and writes exactly the bytes the object loop
+// does, and each element is read before its own place is written, so it gives the
+// same bits and stays safe in place. A Contiguous or Strided run goes object after
+// object, and a single operand of the call (the one vector or matrix) repeats with
+// the object's period; a Pointer run goes element after element, and there a single
+// operand's element is the same along each element's stretch of count objects.
+namespace dense {
+
+// The sources of a pass at element m; j is the place in a repeating pattern.
+template <class T>
+struct Flat {
+    const T* p;
+    T at(uint32_t m, uint32_t) const { return p[m]; }
+    sse::R four(uint32_t m, uint32_t) const { return sse::load4u(p + m); }
+};
+template <class T>
+struct Same {
+    T v;
+    T at(uint32_t, uint32_t) const { return v; }
+    sse::R four(uint32_t, uint32_t) const { return sse::broadcast(v); }
+};
+// One object's P elements repeated to G = lcm(P, 4), so that four lanes never wrap.
+template <class T, uint32_t G>
+struct Cycle {
+    T e[G];
+    T at(uint32_t, uint32_t j) const { return e[j]; }
+    sse::R four(uint32_t, uint32_t j) const { return sse::load4u(e + j); }
+};
+
+constexpr uint32_t gcd(uint32_t a, uint32_t b) { return b ? gcd(b, a % b) : a; }
+constexpr uint32_t cycleOf(uint32_t p) { return p ? p / gcd(p, 4) * 4 : 0; }
+
+template <class T, uint32_t P, uint32_t G, class O>
+Cycle<T, G> repeat(const O& o, uint32_t cols)
+{
+    Cycle<T, G> c;
+    for (uint32_t i = 0; i < G; ++i) c.e[i] = *o.at(i % P / cols, i % P % cols);
+    return c;
+}
+
+template <class Op, uint32_t G, class T, class X, class Y>
+[[gnu::always_inline]] inline void pass(T* d, const X& x, const Y& y, uint32_t n)
+{
+    uint32_t m = 0, j = 0;
+    if constexpr (sizeof(T) == 4) {
+#pragma GCC unroll 2
+        for (; n - m >= 4; m += 4) {
+            sse::store4u(d + m, Op::p(x.four(m, j), y.four(m, j)));
+            if (G > 4 && (j += 4) == G) j = 0;
+        }
+    }
+#pragma GCC unroll 4
+    for (; m < n; ++m) {
+        apply<Op>(d + m, x.at(m, j), y.at(m, j));
+        if (G && ++j == G) j = 0;
+    }
+}
+
+template <class V> constexpr bool isValue = std::is_arithmetic_v<V>;
+
+// The whole call as one pass, if its array operands are runs of rows x cols objects
+// (P = rows * cols fixed, or 0 for a size given at run time, where a single vector or
+// matrix operand keeps the object loop). `Single`: the source that is one object.
+template <class Op, uint32_t P, int Single, class A, class B, class D>
+[[gnu::always_inline]] inline bool run(const A& a, const B& b, const D& d, uint32_t rows, uint32_t cols,
+                                       uint32_t count)
+{
+    using T = typename D::Elem;
+    const uint32_t size = rows * cols;
+    if (count > UINT32_MAX / size) return false;
+    T* dr = d.run(rows, cols, count);
+    if (!dr) return false;
+    const T* r1 = nullptr;
+    const T* r2 = nullptr;
+    if constexpr (!isValue<A> && Single != 1) {
+        if (!(r1 = a.run(rows, cols, count))) return false;
+    }
+    if constexpr (!isValue<B> && Single != 2) {
+        if (!(r2 = b.run(rows, cols, count))) return false;
+    }
+    constexpr bool byElement = IsElemTable<D>::value;
+    constexpr bool single = (Single == 1 && !isValue<A>) || (Single == 2 && !isValue<B>);
+    if constexpr (single && !byElement && P == 0) {
+        return false;
+    } else if constexpr (byElement) {
+        // Element after element: each element's stretch of count objects.
+        for (uint32_t e = 0; e < size; ++e) {
+            const T* ra = r1 ? r1 + e * count : nullptr;
+            const T* rb = r2 ? r2 + e * count : nullptr;
+            auto go = [&](const auto& x, const auto& y) { pass<Op, 0>(dr + e * count, x, y, count); };
+            auto withB = [&](const auto& x) {
+                if constexpr (isValue<B>) go(x, Same<T>{b});
+                else if constexpr (Single == 2) go(x, Same<T>{*only(b).at(e / cols, e % cols)});
+                else go(x, Flat<T>{rb});
+            };
+            if constexpr (isValue<A>) withB(Same<T>{a});
+            else if constexpr (Single == 1) withB(Same<T>{*only(a).at(e / cols, e % cols)});
+            else withB(Flat<T>{ra});
+        }
+        return true;
+    } else {
+        // Object after object; a single object repeats with period P.
+        constexpr uint32_t G = single ? cycleOf(P) : 0;
+        const uint32_t n = count * size;
+        auto cycle = [&](const auto& v) { return repeat<T, P, G>(only(v), cols); };
+        auto withB = [&](const auto& x) {
+            if constexpr (isValue<B>) pass<Op, G>(dr, x, Same<T>{b}, n);
+            else if constexpr (Single == 2) pass<Op, G>(dr, x, cycle(b), n);
+            else pass<Op, G>(dr, x, Flat<T>{r2}, n);
+        };
+        if constexpr (isValue<A>) withB(Same<T>{a});
+        else if constexpr (Single == 1) withB(cycle(a));
+        else withB(Flat<T>{r1});
+        return true;
+    }
+}
+
+}  // namespace dense
+
+// Generic array call: objects in ascending k, or one pass over a dense run. `Size`
+// is the fixed number of elements of an object, 0 for a size given at run time;
+// `Single` the source that is one vector or matrix (or a value) in the call.
+template <class Op, int Size, int Single, class A, class B, class D>
+[[gnu::always_inline]] inline vorxStatus elementwiseArray(A a, B b, D d, uint32_t w, uint32_t h, uint32_t count)
 {
     a = shaped(a, h, w);
     b = shaped(b, h, w);
     d = shaped(d, h, w);
-    auto object = [&](uint32_t k) {
-        for (uint32_t i = 0; i < h; ++i)
-            for (uint32_t j = 0; j < w; ++j)
-                apply<Op>(d.at(k, i, j), get(a, k, i, j), get(b, k, i, j));
+    auto whole = [&] { return dense::run<Op, Size, Single>(a, b, d, h, w, count); };
+    auto object = [&](uint32_t, const auto& a1, const auto& b1, const auto& d1) {
+        elementwiseObject<Op, false>(a1, b1, d1, w, h);
     };
-    return arrayCall(N == 0 && (w == 0 || h == 0), w * h, count, nothing, object, a, b, d);
+    return arrayCallWhole(Size == 0 && (w == 0 || h == 0), w * h, count, nothing, whole, object, a, b, d);
 }
 
 // Generic single-object call; in Pointer layout the entries of each element are
 // tested just before it is computed, so earlier elements stay written.
 template <class Op, int N, class A, class B, class D>
-vorxStatus elementwiseSingle(A a, B b, D d, uint32_t w, uint32_t h)
+[[gnu::always_inline]] inline vorxStatus elementwiseSingle(A a, B b, D d, uint32_t w, uint32_t h)
 {
     if (anyNull(a, b, d)) return kNull;
     if (N == 0 && (w == 0 || h == 0)) return kBadSize;
-    a = shaped(a, h, w);
-    b = shaped(b, h, w);
-    d = shaped(d, h, w);
-    for (uint32_t i = 0; i < h; ++i)
-        for (uint32_t j = 0; j < w; ++j) {
-            if (!elementsOk(i, j, a, b, d)) return kNull;
-            apply<Op>(d.at(0, i, j), get(a, 0, i, j), get(b, 0, i, j));
-        }
-    return kOk;
+    constexpr bool entries = IsElemTable<D>::value;
+    bool done = elementwiseObject<Op, entries>(only(shaped(a, h, w)), only(shaped(b, h, w)),
+                                                  only(shaped(d, h, w)), w, h);
+    return done ? kOk : kNull;
 }
 
 }  // namespace vorx

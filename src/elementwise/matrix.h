@@ -3,6 +3,10 @@
 //
 // Every scheme computes each element with the one operation of the element loop, so
 // packed, mixed and scalar forms give the same bits; they differ only in the moves.
+// The packed schemes go through an object row by row (or tile row by tile row): a
+// result row is stored as soon as the rows it needs are read, so few registers are
+// live, and dst may still be a plain source (its rows are read before they are
+// written, and no other row is needed).
 #pragma once
 
 #include <type_traits>
@@ -15,7 +19,7 @@ namespace mat {
 
 using sse::R;
 
-// A matrix of N x N floats in row registers:
+// A matrix of N x N floats in row registers (the single source held across objects):
 //   3  r[i]: e0, 0, e1, e2 (a 32-bit and a 64-bit move, exactly three elements touched)
 //   4  r[i]: e0..e3
 //   5  r[i]: e0..e3, s[i]: e4 in lane 0 (one packed and one scalar operation a row)
@@ -40,66 +44,46 @@ void storeHead(float* p, R x)
     else if constexpr (A) sse::store4a(p, x);
     else sse::store4u(p, x);
 }
-
-template <class Op, int N>
-Rows<N> opRows(const Rows<N>& a, const Rows<N>& b)
+// Columns 4, 5 of two adjacent rows.                 lanes: r0 e4, r0 e5, r1 e4, r1 e5
+inline R loadPair(const float* r0, const float* r1) { return _mm_loadh_pi(sse::load2low(r0 + 4), sse::half(r1 + 4)); }
+inline void storePair(float* r0, float* r1, R x)
 {
-    Rows<N> m;
-    #pragma GCC unroll 16
-    for (int i = 0; i < N; ++i) m.r[i] = Op::p(a.r[i], b.r[i]);
-    #pragma GCC unroll 16
-    for (int q = 0; q < m.S; ++q) m.s[q] = N == 5 ? Op::p1(a.s[q], b.s[q]) : Op::p(a.s[q], b.s[q]);
-    return m;
+    sse::store2(r0 + 4, x);
+    _mm_storeh_pi(sse::half(r1 + 4), x);
 }
 
-// Row pointers of object k: at(k, i, 0) of a plain view. Object index signed, so that
-// the pipeline below can reach the word in front of a list.
-template <class T>
-T* rowOf(const Direct<T>& v, intptr_t k, uint32_t i) { return byteAt(v.x, k * v.os + step(i, v.rs)); }
-template <class T>
-T* rowOf(const ObjTable<T>& v, intptr_t k, uint32_t i) { return byteAt(v.x[k], v.bs + step(i, v.rs)); }
-
-// A plain source, rows in result orientation; and the store of a result.
-template <int N, bool A, class V>
-Rows<N> fetchRows(const V& v, intptr_t k)
+// A plain object in row registers, rows walked down.
+template <int N, bool A, class O>
+Rows<N> fetchRows(const O& o)
 {
     Rows<N> m{};
+    auto r = o.row(0);
     #pragma GCC unroll 16
     for (uint32_t i = 0; i < N; ++i) {
-        const float* p = rowOf(v, k, i);
-        m.r[i] = loadHead<N, A>(p);
-        if constexpr (N == 5) m.s[i] = sse::load1(p + 4);
-        if constexpr (N == 6)
-            if (i & 1) m.s[i / 2] = _mm_loadh_pi(sse::load2(rowOf(v, k, i - 1) + 4), sse::half(p + 4));
-    }
-    return m;
-}
-template <int N, bool A, class V>
-void storeRows(const V& v, intptr_t k, const Rows<N>& m)
-{
-    #pragma GCC unroll 16
-    for (uint32_t i = 0; i < N; ++i) {
-        float* p = rowOf(v, k, i);
-        storeHead<N, A>(p, m.r[i]);
-        if constexpr (N == 5) sse::store1(p + 4, m.s[i]);
-        if constexpr (N == 6) {
-            if (i & 1) _mm_storeh_pi(sse::half(p + 4), m.s[i / 2]);
-            else sse::store2(p + 4, m.s[i / 2]);
+        m.r[i] = loadHead<N, A>(r);
+        if constexpr (N == 5) m.s[i] = sse::load1(r + 4);
+        if (i + 1 < N) {
+            auto next = o.down(r);
+            if constexpr (N == 6)
+                if (i % 2 == 0) m.s[i / 2] = loadPair(r, next);
+            r = next;
         }
     }
+    return m;
 }
 
 // A transposed 3x3 source: three full-width loads of the stored rows (the fourth lane,
 // one element behind each row, is read and dropped), then five shuffles give the
 // transposed rows in the 3-column pattern.
-template <bool A, class V>
-Rows<3> fetchRows3T(const V& v, intptr_t k, int32_t rowStride)
+template <bool A, class O>
+Rows<3> fetchRows3T(const O& stored, int32_t rowStride)
 {
-    const float* p = rowOf(v, k, 0);
-    R s0 = A ? sse::load4a(p) : sse::load4u(p);                      // a00 a01 a02 x
-    R s1 = A ? sse::load4a(byteAt(p, rowStride)) : sse::load4u(byteAt(p, rowStride));
-    R s2 = A ? sse::load4a(byteAt(p, 2 * rowStride))
-             : sse::load4u(byteAt(p, 2 * rowStride));
+    const float* p0 = stored.row(0);
+    const float* p1 = stepped(p0, rowStride);
+    const float* p2 = stepped(p1, rowStride);
+    R s0 = A ? sse::load4a(p0) : sse::load4u(p0);  // a00 a01 a02 x
+    R s1 = A ? sse::load4a(p1) : sse::load4u(p1);
+    R s2 = A ? sse::load4a(p2) : sse::load4u(p2);
     R lo = _mm_shuffle_ps(s1, s2, 0x00);   // a10 a10 a20 a20
     R hi = _mm_shuffle_ps(s1, s2, 0x99);   // a11 a12 a21 a22
     Rows<3> m{};
@@ -113,7 +97,7 @@ Rows<3> fetchRows3T(const V& v, intptr_t k, int32_t rowStride)
 // row r in its low half and of row r+1 in its high half, by two 64-bit moves.
 inline R loadTile(const float* r0, const float* r1)
 {
-    return _mm_loadh_pi(_mm_loadl_pi(sse::zero(), sse::half(r0)), sse::half(r1));
+    return _mm_loadh_pi(_mm_loadl_pi(sse::blank(), sse::half(r0)), sse::half(r1));
 }
 inline void storeTile(float* r0, float* r1, R t)
 {
@@ -123,17 +107,21 @@ inline void storeTile(float* r0, float* r1, R t)
 // m[r][c] m[r][c+1] m[r+1][c] m[r+1][c+1]  ->  m[r][c] m[r+1][c] m[r][c+1] m[r+1][c+1]
 inline R flip(R t) { return _mm_shuffle_ps(t, t, _MM_SHUFFLE(3, 1, 2, 0)); }
 
-// The tile of a source at result tile position (p, q); a transposed source's stored
-// tile (q, p) is loaded and flipped (storedTile: left in stored orientation).
-template <class V>
-R tileOf(const V& v, intptr_t k, uint32_t p, uint32_t q)
+// The tile of a source at result tile position (p, q), from the rows r0, r1 (2p and
+// 2p+1) that the caller walks; a transposed source's stored tile (q, p) is loaded and
+// flipped (storedTile: left in stored orientation).
+template <class O, class Row>
+R tileOf(const O&, Row r0, Row r1, uint32_t, uint32_t q)
 {
-    return loadTile(rowOf(v, k, 2 * p) + 2 * q, rowOf(v, k, 2 * p + 1) + 2 * q);
+    return loadTile(r0 + 2 * q, r1 + 2 * q);
 }
-template <class V>
-R tileOf(const Tr<V>& v, intptr_t k, uint32_t p, uint32_t q) { return flip(tileOf(v.v, k, q, p)); }
-template <class V>
-R storedTile(const Tr<V>& v, intptr_t k, uint32_t p, uint32_t q) { return tileOf(v.v, k, q, p); }
+template <class O>
+R storedTile(const TrObj<O>& v, uint32_t p, uint32_t q)
+{
+    return loadTile(v.o.row(2 * q) + 2 * p, v.o.row(2 * q + 1) + 2 * p);
+}
+template <class O, class Row>
+R tileOf(const TrObj<O>& v, Row, Row, uint32_t p, uint32_t q) { return flip(storedTile(v, p, q)); }
 
 // N x N in tiles: a grid of (N/2)^2 tiles, and at N = 5 the last row and column as
 // scalars of the element loop.
@@ -143,18 +131,6 @@ struct Tiles {
     R t[G * G];
     float edge[2 * N - 1];  // N = 5: column 4 of rows 0..3, then row 4
 };
-
-template <class V>
-constexpr bool isTr = false;
-template <class V>
-constexpr bool isTr<Tr<V>> = true;
-
-template <class T>
-T* elemOf(const Direct<T>& v, intptr_t k, uint32_t i, uint32_t j) { return rowOf(v, k, i) + j; }
-template <class T>
-T* elemOf(const ObjTable<T>& v, intptr_t k, uint32_t i, uint32_t j) { return rowOf(v, k, i) + j; }
-template <class V>
-auto elemOf(const Tr<V>& v, intptr_t k, uint32_t i, uint32_t j) { return elemOf(v.v, k, j, i); }
 
 // Alignment bits of an operand for object k: pointer and strides ORed; a list
 // entry takes part with its shift.
@@ -205,6 +181,75 @@ struct AlignButLaterObjectStrides {
     }
 };
 
+// A source held in row registers (the single source of an array call, or a 3x3
+// transposed object), walked like an object with the row index as its row handle.
+template <int N>
+struct Held {
+    const Rows<N>& m;
+    using Row = uint32_t;
+    Row row(uint32_t i) const { return i; }
+    Row down(Row r) const { return r + 1; }
+};
+
+// Row reads of an object at a row's address, or of held rows at a row's index.
+template <int N, bool A, class O>
+R headOf(const O&, const float* r) { return loadHead<N, A>(r); }
+template <int N, bool A>
+R headOf(const Held<N>& h, uint32_t i) { return h.m.r[i]; }
+template <class O>
+R col4Of(const O&, const float* r) { return sse::load1(r + 4); }
+template <int N>
+R col4Of(const Held<N>& h, uint32_t i) { return h.m.s[i]; }
+template <class O>
+R pairOf(const O&, const float* r0, const float* r1) { return loadPair(r0, r1); }
+template <int N>
+R pairOf(const Held<N>& h, uint32_t i, uint32_t) { return h.m.s[i / 2]; }
+
+// One object in row registers: a row (a pair of rows at N = 6) is read from both
+// sources, combined and stored before the next is read.
+template <class Op, int N, bool Al, class X, class Y, class Z>
+[[gnu::always_inline]] inline void rowsObject(const X& a, const Y& b, const Z& d)
+{
+    auto ra = a.row(0);
+    auto rb = b.row(0);
+    float* rd = d.row(0);
+    #pragma GCC unroll 16
+    for (uint32_t i = 0; i < N; i += N == 6 ? 2 : 1) {
+        R x = headOf<N, Al>(a, ra);
+        R y = headOf<N, Al>(b, rb);
+        if constexpr (N == 6) {
+            auto ra1 = a.down(ra);
+            auto rb1 = b.down(rb);
+            float* rd1 = d.down(rd);
+            R x1 = headOf<N, Al>(a, ra1);
+            R y1 = headOf<N, Al>(b, rb1);
+            R xp = pairOf(a, ra, ra1);
+            R yp = pairOf(b, rb, rb1);
+            storeHead<N, Al>(rd, Op::p(x, y));
+            storeHead<N, Al>(rd1, Op::p(x1, y1));
+            storePair(rd, rd1, Op::p(xp, yp));
+            if (i + 2 < N) {
+                ra = a.down(ra1);
+                rb = b.down(rb1);
+                rd = d.down(rd1);
+            }
+        } else {
+            R xs, ys;
+            if constexpr (N == 5) {
+                xs = col4Of(a, ra);
+                ys = col4Of(b, rb);
+            }
+            storeHead<N, Al>(rd, Op::p(x, y));
+            if constexpr (N == 5) sse::store1(rd + 4, Op::p1(xs, ys));
+            if (i + 1 < N) {
+                ra = a.down(ra);
+                rb = b.down(rb);
+                rd = d.down(rd);
+            }
+        }
+    }
+}
+
 }  // namespace mat
 
 // How a packed form of size N holds one source for one object: row registers, the
@@ -221,66 +266,94 @@ vorxStatus packedMatrices(A a, B b, D d, uint32_t count, bool array)
     if constexpr (S == Scheme::Tiles) {
         constexpr uint32_t G = N / 2;
         constexpr bool both = isTr<A> && isTr<B>;
-        // Where both sources are transposed the tiles meet in stored orientation and
-        // one flip turns the result.
-        auto tiles = [&](const auto& v, intptr_t k) {
+        // The single source's tiles, held across objects; where both sources are
+        // transposed the tiles meet in stored orientation and one flip turns the result.
+        auto tiles = [&](const auto& v) {
             Tiles<N> m;
+            auto r0 = v.row(0);
             #pragma GCC unroll 16
-            for (uint32_t p = 0; p < G; ++p)
+            for (uint32_t p = 0; p < G; ++p) {
+                auto r1 = v.down(r0);
                 #pragma GCC unroll 16
                 for (uint32_t q = 0; q < G; ++q)
-                    if constexpr (both) m.t[p * G + q] = storedTile(v, k, p, q);
-                    else m.t[p * G + q] = tileOf(v, k, p, q);
+                    if constexpr (both) m.t[p * G + q] = storedTile(v, p, q);
+                    else m.t[p * G + q] = tileOf(v, r0, r1, p, q);
+                if (p + 1 < G) r0 = v.down(r1);
+            }
             if constexpr (N == 5) {
                 #pragma GCC unroll 16
-                for (uint32_t i = 0; i < 4; ++i) m.edge[i] = *elemOf(v, k, i, 4);
+                for (uint32_t i = 0; i < 4; ++i) m.edge[i] = *v.at(i, 4);
                 #pragma GCC unroll 16
-                for (uint32_t j = 0; j < 5; ++j) m.edge[4 + j] = *elemOf(v, k, 4, j);
+                for (uint32_t j = 0; j < 5; ++j) m.edge[4 + j] = *v.at(4, j);
             }
             return m;
         };
         Tiles<N> inv{};
         auto before = [&] {
-            if constexpr (Single == 1) inv = tiles(a, 0);
-            if constexpr (Single == 2) inv = tiles(b, 0);
+            if constexpr (Single == 1) inv = tiles(only(a));
+            if constexpr (Single == 2) inv = tiles(only(b));
             sse::keep(inv);
         };
-        auto object = [&](uint32_t k) {
-            Tiles<N> x = Single == 1 ? inv : tiles(a, k);
-            Tiles<N> y = Single == 2 ? inv : tiles(b, k);
+        // Tile rows of the result one after the other; each tile is read from both
+        // sources, combined and stored before the next.
+        auto object = [&](uint32_t, const auto& a1, const auto& b1, const auto& d1) {
+            auto tile = [&](const auto& o, auto r0, auto r1, uint32_t p, uint32_t q) {
+                if constexpr (both) return storedTile(o, p, q);
+                else return tileOf(o, r0, r1, p, q);
+            };
+            auto ra = a1.row(0);
+            auto rb = b1.row(0);
+            float* rd = d1.row(0);
             #pragma GCC unroll 16
-            for (uint32_t p = 0; p < G; ++p)
+            for (uint32_t p = 0; p < G; ++p) {
+                auto ra1 = a1.down(ra);
+                auto rb1 = b1.down(rb);
+                float* rd1 = d1.down(rd);
                 #pragma GCC unroll 16
                 for (uint32_t q = 0; q < G; ++q) {
-                    R t = Op::p(x.t[p * G + q], y.t[p * G + q]);
+                    R x = Single == 1 ? inv.t[p * G + q] : tile(a1, ra, ra1, p, q);
+                    R y = Single == 2 ? inv.t[p * G + q] : tile(b1, rb, rb1, p, q);
+                    R t = Op::p(x, y);
                     if (both) t = flip(t);
-                    storeTile(rowOf(d, k, 2 * p) + 2 * q, rowOf(d, k, 2 * p + 1) + 2 * q, t);
+                    storeTile(rd + 2 * q, rd1 + 2 * q, t);
                 }
+                if constexpr (N == 5) {
+                    // Column 4 of the two rows, as scalars of the element loop.
+                    #pragma GCC unroll 2
+                    for (uint32_t h = 0; h < 2; ++h) {
+                        float x = Single == 1 ? inv.edge[2 * p + h] : *a1.in(h ? ra1 : ra, 4);
+                        float y = Single == 2 ? inv.edge[2 * p + h] : *b1.in(h ? rb1 : rb, 4);
+                        (h ? rd1 : rd)[4] = Op::s(x, y);
+                    }
+                }
+                if (p + 1 < G || N == 5) {
+                    ra = a1.down(ra1);
+                    rb = b1.down(rb1);
+                    rd = d1.down(rd1);
+                }
+            }
             if constexpr (N == 5) {
-                #pragma GCC unroll 16
-                for (uint32_t i = 0; i < 4; ++i) rowOf(d, k, i)[4] = Op::s(x.edge[i], y.edge[i]);
                 // The last row: columns 0..3 as one packed row, column 4 a scalar.
-                auto lastRow = [](const Tiles<N>& m) {
-                    return _mm_setr_ps(m.edge[4], m.edge[5], m.edge[6], m.edge[7]);
+                auto lastRow = [&](const auto& o, auto r, int s) {
+                    if (s) return _mm_setr_ps(inv.edge[4], inv.edge[5], inv.edge[6], inv.edge[7]);
+                    return _mm_setr_ps(*o.in(r, 0), *o.in(r, 1), *o.in(r, 2), *o.in(r, 3));
                 };
-                sse::store4u(rowOf(d, k, 4), Op::p(lastRow(x), lastRow(y)));
-                rowOf(d, k, 4)[4] = Op::s(x.edge[8], y.edge[8]);
+                float x4 = Single == 1 ? inv.edge[8] : *a1.in(ra, 4);
+                float y4 = Single == 2 ? inv.edge[8] : *b1.in(rb, 4);
+                R x = lastRow(a1, ra, Single == 1);
+                R y = lastRow(b1, rb, Single == 2);
+                sse::store4u(rd, Op::p(x, y));
+                rd[4] = Op::s(x4, y4);
             }
         };
         if (!array) {
             if (anyNull(a, b, d)) return kNull;
-            object(0);
+            object(0, only(a), only(b), only(d));
             return kOk;
         }
-        return arrayCall(false, N * N, count, before, object, a, b, d);
+        auto whole = [&] { return dense::run<Op, N * N, Single>(a, b, d, N, N, count); };
+        return arrayCallWhole(false, N * N, count, before, whole, object, a, b, d);
     } else {
-        auto rows = [&](const auto& v, intptr_t k, auto aligned) {
-            constexpr bool Al = decltype(aligned)::value;
-            if constexpr (S == Scheme::Rows3T && isTr<std::decay_t<decltype(v)>>)
-                return fetchRows3T<Al>(v.v, k, v.v.rs);
-            else
-                return fetchRows<N, Al>(v, k);
-        };
         using Yes = std::true_type;
         using No = std::false_type;
         Rows<N> inv{};
@@ -288,27 +361,47 @@ vorxStatus packedMatrices(A a, B b, D d, uint32_t count, bool array)
         auto before = [&] {
             // Contiguous decides once for the call; List object by object.
             if constexpr (!IsObjTable<D>::value) alignedCall = Align::aligned(a, b, d, 0);
-            if constexpr (Single == 1) inv = alignedCall ? rows(a, 0, Yes{}) : rows(a, 0, No{});
-            if constexpr (Single == 2) inv = alignedCall ? rows(b, 0, Yes{}) : rows(b, 0, No{});
+            auto hold = [&](const auto& o) {
+                if constexpr (isTr<std::decay_t<decltype(o)>>)
+                    inv = alignedCall ? fetchRows3T<true>(o.o, o.o.rs) : fetchRows3T<false>(o.o, o.o.rs);
+                else
+                    inv = alignedCall ? fetchRows<N, true>(o) : fetchRows<N, false>(o);
+            };
+            if constexpr (Single == 1) hold(only(a));
+            if constexpr (Single == 2) hold(only(b));
             sse::keep(inv);
         };
-        auto objectAs = [&](uint32_t k, auto al) {
+        // The single source from its held rows; a 3x3 transposed array source is
+        // transposed whole first (the five shuffles need all three stored rows).
+        auto objectAs = [&](const auto& a1, const auto& b1, const auto& d1, auto al) {
             constexpr bool Al = decltype(al)::value;
-            Rows<N> x = Single == 1 ? inv : rows(a, k, al);
-            Rows<N> y = Single == 2 ? inv : rows(b, k, al);
-            storeRows<N, Al>(d, k, opRows<Op, N>(x, y));
+            Rows<N> t;
+            auto source = [&](const auto& o, auto single) {
+                if constexpr (decltype(single)::value) {
+                    return Held<N>{inv};
+                } else if constexpr (isTr<std::decay_t<decltype(o)>>) {
+                    t = fetchRows3T<Al>(o.o, o.o.rs);
+                    return Held<N>{t};
+                } else {
+                    return o;
+                }
+            };
+            auto x = source(a1, std::bool_constant<Single == 1>{});
+            auto y = source(b1, std::bool_constant<Single == 2>{});
+            rowsObject<Op, N, Al>(x, y, d1);
         };
-        auto object = [&](uint32_t k) {
+        auto object = [&](uint32_t k, const auto& a1, const auto& b1, const auto& d1) {
             bool al = IsObjTable<D>::value ? Align::aligned(a, b, d, k) : alignedCall;
-            if (al) objectAs(k, Yes{}); else objectAs(k, No{});
+            if (al) objectAs(a1, b1, d1, Yes{}); else objectAs(a1, b1, d1, No{});
         };
         if (!array) {
             if (anyNull(a, b, d)) return kNull;
             before();
-            object(0);
+            object(0, only(a), only(b), only(d));
             return kOk;
         }
-        return arrayCall(false, N * N, count, before, object, a, b, d);
+        auto whole = [&] { return dense::run<Op, N * N, Single>(a, b, d, N, N, count); };
+        return arrayCallWhole(false, N * N, count, before, whole, object, a, b, d);
     }
 }
 
@@ -332,23 +425,35 @@ vorxStatus pipelined3x3(A a, B b, D d, uint32_t count, int32_t src2RowStride)
     }
     Rows<3> inv;
     if constexpr (isTr<B>) {
-        inv = fetchRows3T<false>(b.v, 0, src2RowStride);
+        inv = fetchRows3T<false>(only(b.v), src2RowStride);
     } else {
         B b2 = b;
         b2.rs = src2RowStride;
-        inv = fetchRows<3, false>(b2, 0);
+        inv = fetchRows<3, false>(only(b2));
     }
-    Rows<3> cur = fetchRows<3, false>(a, 0);
-    auto finish = [&](const Rows<3>& x, intptr_t k) { storeRows<3, false>(d, k, opRows<Op, 3>(x, inv)); };
+    if constexpr (!list) {
+        // At count 1 and over a dense run is one pass (at count 0 the pipeline's last
+        // stage computes its one object).
+        B b2 = b;
+        if constexpr (isTr<B>) b2.v.rs = src2RowStride;
+        else b2.rs = src2RowStride;
+        if (count && dense::run<Op, 9, 2>(a, b2, d, 3, 3, count)) return kOk;
+    }
+    auto x = a.first();
+    auto z = d.first();
+    Rows<3> cur = fetchRows<3, false>(x.obj());
+    auto finish = [&](const Rows<3>& m, const auto& d1) {
+        rowsObject<Op, 3, false>(Held<3>{m}, Held<3>{inv}, d1);
+    };
     for (uint32_t k = 1; k < count; ++k) {
-        if constexpr (list) {
-            if (!a.x[k] || !d.x[k - 1]) return kNull;
-        }
-        Rows<3> next = fetchRows<3, false>(a, k);
-        finish(cur, k - 1);
+        x.next();
+        if (!(x.listed() && z.listed())) return kNull;
+        Rows<3> next = fetchRows<3, false>(x.obj());
+        finish(cur, z.obj());
+        z.next();
         cur = next;
     }
-    finish(cur, last);
+    finish(cur, count ? z.obj() : d.object(last));
     return kOk;
 }
 
@@ -369,7 +474,7 @@ struct Pipelined3x3 {
     static vorxStatus run(A a, B b, D d, uint32_t, uint32_t, uint32_t count)
     {
         int32_t rs;
-        if constexpr (mat::isTr<B>) rs = Stride::rowStride(a, b.v);
+        if constexpr (isTr<B>) rs = Stride::rowStride(a, b.v);
         else rs = Stride::rowStride(a, b);
         return pipelined3x3<Op>(a, b, d, count, rs);
     }
@@ -405,7 +510,7 @@ struct MatFamily {
         template <class A, class B>
         static constexpr Scheme scheme()
         {
-            if constexpr (!mat::isTr<A> && !mat::isTr<B>) return Scheme::Rows;
+            if constexpr (!isTr<A> && !isTr<B>) return Scheme::Rows;
             else if constexpr (N == 3) return Scheme::Rows3T;
             else return Scheme::Tiles;
         }
@@ -435,7 +540,7 @@ struct MatFamily {
             else if constexpr (packed)
                 return packedRun<mat::NoAlign>(a, b, d, count, true);
             else
-                return elementwiseArray<Op, N>(a, b, d, w, h, count);
+                return elementwiseArray<Op, N * N, Single>(a, b, d, w, h, count);
         }
     };
 };

@@ -21,37 +21,69 @@ namespace scale {
 
 using namespace mat;
 
-// The value in every register of a matrix, so that the product is the matrix
-// family's one packed operation per register.
+// A matrix in row registers, every register times the value: the matrix family's
+// one packed operation per register.
 template <int N>
-Rows<N> splatRows(R v)
+Rows<N> scaled(const Rows<N>& m, R v)
 {
-    Rows<N> m;
+    Rows<N> x;
 #pragma GCC unroll 6
-    for (int i = 0; i < N; ++i) m.r[i] = v;
+    for (int i = 0; i < N; ++i) x.r[i] = MulOp::p(m.r[i], v);
 #pragma GCC unroll 6
-    for (int q = 0; q < Rows<N>::S; ++q) m.s[q] = v;
-    return m;
+    for (int q = 0; q < Rows<N>::S; ++q) x.s[q] = N == 5 ? MulOp::p1(m.s[q], v) : MulOp::p(m.s[q], v);
+    return x;
 }
 
-// Object k of a fixed-size 32f matrix, Contiguous or List, aligned moves where Al.
+// An object's rows by plain arithmetic from its first row. The compiler may fold it
+// into base-plus-index addresses with the multiples of the row stride kept in
+// registers: the whole object is loaded before anything is stored, so no address
+// needs to survive a store.
+template <class T>
+struct PlainRows {
+    using Row = T*;
+    T* p;
+    int32_t rs;
+    Row row(uint32_t) const { return p; }
+    Row down(Row r) const { return byteAt(r, rs); }
+};
+template <class T>
+PlainRows<T> plainRows(const Obj<T>& o) { return {o.p, o.rs}; }
+
+// Row registers stored into an object, rows walked down (the inverse of fetchRows).
+template <int N, bool Al, class O>
+void storeRows(const O& o, const Rows<N>& m)
+{
+    float* r = o.row(0);
+#pragma GCC unroll 6
+    for (uint32_t i = 0; i < N; ++i) {
+        storeHead<N, Al>(r, m.r[i]);
+        if constexpr (N == 5) sse::store1(r + 4, m.s[i]);
+        if constexpr (N == 6) {
+            if (i & 1) _mm_storeh_pi(sse::half(r + 4), m.s[i / 2]);
+            else sse::store2(r + 4, m.s[i / 2]);
+        }
+        if (i + 1 < N) r = o.down(r);
+    }
+}
+
+// One object of a fixed-size 32f matrix, Contiguous or List, aligned moves where Al.
 // A plain source goes row register by row register. A transposed 4x4 source is
 // loaded whole and transposed in registers before anything is stored, so dst may be
 // src; the other transposed sizes gather and store one result row at a time, so in
 // place they read elements already overwritten.
 template <int N, bool Al, class A, class D>
-[[gnu::always_inline]] inline void object(const A& a, R v, const D& d, uint32_t k)
+[[gnu::always_inline]] inline void object(const A& a, R v, const D& d)
 {
     if constexpr (!isTr<A>) {
-        storeRows<N, Al>(d, k, opRows<MulOp, N>(fetchRows<N, Al>(a, k), splatRows<N>(v)));
+        storeRows<N, Al>(plainRows(d), scaled<N>(fetchRows<N, Al>(plainRows(a)), v));
     } else if constexpr (N == 4) {
-        Rows<4> m = fetchRows<4, Al>(a.v, k);  // stored rows: columns of the result
+        Rows<4> m = fetchRows<4, Al>(plainRows(a.o));  // stored rows: columns of the result
         _MM_TRANSPOSE4_PS(m.r[0], m.r[1], m.r[2], m.r[3]);
-        storeRows<4, Al>(d, k, opRows<MulOp, 4>(m, splatRows<4>(v)));
+        storeRows<4, Al>(plainRows(d), scaled<4>(m, v));
     } else {
-        auto e = [&](uint32_t i, uint32_t j) { return *elemOf(a, k, i, j); };
+        auto e = [&](uint32_t i, uint32_t j) { return *a.at(i, j); };
+        float* p = d.row(0);
         for (uint32_t i = 0; i < N; ++i) {
-            float* p = rowOf(d, k, i);
             if constexpr (N == 3) {
                 sse::store3(p, sse::mul(_mm_setr_ps(e(i, 0), 0.0f, e(i, 1), e(i, 2)), v));  // e0, 0, e1, e2
             } else {
@@ -59,6 +91,7 @@ template <int N, bool Al, class A, class D>
                 if constexpr (N == 5) sse::store1(p + 4, sse::mul1(_mm_set_ss(e(i, 4)), v));
                 else sse::store2(p + 4, sse::mul(_mm_setr_ps(e(i, 4), e(i, 5), 0.0f, 0.0f), v));
             }
+            if (i + 1 < N) p = d.down(p);
         }
     }
 }
@@ -67,38 +100,29 @@ template <int N, bool Al, class A, class D>
 // size 4 the pointers and strides of src and dst (object strides too) are tested
 // for 16 bytes, once in Contiguous and object by object on the shifted list entries
 // in List layout; both branches compute the same.
-// Contiguous: object 0 of views whose pointer steps by the object stride, the
-// branch taken once for the call.
-template <class T> void nextObject(Direct<T>& v) { v.x = byteAt(v.x, v.os); }
-template <class V> void nextObject(Tr<V>& v) { nextObject(v.v); }
-
-template <int N, bool Al, class A, class D>
-void run(A a, R v, D d, uint32_t count)
-{
-    for (; count; --count) {
-        object<N, Al>(a, v, d, 0);
-        nextObject(a);
-        nextObject(d);
-    }
-}
-
 template <int N, class A, class D>
 vorxStatus packed(A a, float value, D d, uint32_t count, bool array)
 {
     R v = sse::broadcast(value);
     auto aligned = [&](uint32_t k) { return N > 3 && ((alignBits(a, k) | alignBits(d, k)) & 15) == 0; };
+    auto each = [&]<bool Al>(uint32_t, const auto& a1, float, const auto& d1) { object<N, Al>(a1, v, d1); };
     if constexpr (!IsObjTable<D>::value) {
-        // No table and no list to test: the frame is the null test and the count test.
+        // No table and no list to test: the frame is the null test and the count test,
+        // and the alignment branch is taken once for the call.
         if (anyNull(a, d)) return kNull;
         if (!array) count = 1;
         if (count == 0) return kOk;
-        if (aligned(0)) run<N, true>(a, v, d, count);
-        else run<N, false>(a, v, d, count);
-        return kOk;
+        auto objects = [&]<bool Al>() {
+            auto ca = a.first();
+            auto cd = d.first();
+            for (; count; --count, ca.next(), cd.next()) object<N, Al>(ca.obj(), v, cd.obj());
+            return kOk;
+        };
+        return aligned(0) ? objects.template operator()<true>() : objects.template operator()<false>();
     } else {
-        auto object = [&](uint32_t k) {
-            if (aligned(k)) scale::object<N, true>(a, v, d, k);
-            else scale::object<N, false>(a, v, d, k);
+        auto object = [&](uint32_t k, const auto& a1, float, const auto& d1) {
+            if (aligned(k)) each.template operator()<true>(k, a1, value, d1);
+            else each.template operator()<false>(k, a1, value, d1);
         };
         return arrayCall(false, N * N, count, nothing, object, a, value, d);
     }
@@ -123,7 +147,7 @@ struct ScaleFamily {
         static vorxStatus run(A a, T v, D d, uint32_t w, uint32_t h, uint32_t count)
         {
             if constexpr (packed) return scale::packed<N>(a, v, d, count, true);
-            else return elementwiseArray<MulOp, N>(a, v, d, w, h, count);
+            else return elementwiseArray<MulOp, N * N, 0>(a, v, d, w, h, count);
         }
     };
 };

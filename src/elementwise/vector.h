@@ -58,15 +58,16 @@ struct VecReg<6> {
     template <class Op> static VecReg op(VecReg a, VecReg b) { return {Op::p(a.r, b.r), Op::p(a.s, b.s)}; }
 };
 
-template <int N> VecReg<N> fetch(float v, uint32_t) { return VecReg<N>::splat(v); }
-template <int N, class V> VecReg<N> fetch(const V& v, uint32_t k) { return VecReg<N>::load(v.at(k, 0, 0)); }
+// An object's vector, or a value in every lane.
+template <int N> VecReg<N> fetch(float v) { return VecReg<N>::splat(v); }
+template <int N, class O> VecReg<N> fetch(const O& o) { return VecReg<N>::load(o.row(0)); }
 
 // Fixed size, one object, Contiguous: one packed operation per register.
 template <class Op, int N, class A, class B, class D>
 vorxStatus packedVector(A a, B b, D d)
 {
     if (anyNull(a, b, d)) return kNull;
-    VecReg<N>::template op<Op>(fetch<N>(a, 0), fetch<N>(b, 0)).store(d.at(0, 0, 0));
+    VecReg<N>::template op<Op>(fetch<N>(only(a)), fetch<N>(only(b))).store(only(d).row(0));
     return kOk;
 }
 
@@ -78,16 +79,18 @@ vorxStatus packedVectors(A a, B b, D d, uint32_t count)
 {
     VecReg<N> inv{};
     auto before = [&] {
-        if constexpr (Single == 1) inv = fetch<N>(a, 0);
-        if constexpr (Single == 2) inv = fetch<N>(b, 0);
+        if constexpr (Single == 1) inv = fetch<N>(only(a));
+        if constexpr (Single == 2) inv = fetch<N>(only(b));
         sse::keep(inv);
     };
-    auto object = [&](uint32_t k) {
-        VecReg<N> x = Single == 1 ? inv : fetch<N>(a, k);
-        VecReg<N> y = Single == 2 ? inv : fetch<N>(b, k);
-        VecReg<N>::template op<Op>(x, y).store(d.at(k, 0, 0));
+    auto object = [&](uint32_t, const auto& a1, const auto& b1, const auto& d1) {
+        VecReg<N> x, y;
+        if constexpr (Single == 1) x = inv; else x = fetch<N>(a1);
+        if constexpr (Single == 2) y = inv; else y = fetch<N>(b1);
+        VecReg<N>::template op<Op>(x, y).store(d1.row(0));
     };
-    return arrayCall(false, N, count, before, object, a, b, d);
+    auto whole = [&] { return dense::run<Op, N, Single>(a, b, d, 1, N, count); };
+    return arrayCallWhole(false, N, count, before, whole, object, a, b, d);
 }
 
 // The 3-element forms with one single vector (vav, vva) stay scalar: three scalar
@@ -97,15 +100,22 @@ vorxStatus scalarVectors3(A a, B b, D d, uint32_t count)
 {
     float s[3] = {};
     auto before = [&] {
-        for (uint32_t j = 0; j < 3; ++j) s[j] = Single == 1 ? get(a, 0, 0, j) : get(b, 0, 0, j);
+        auto hold = [&](const auto& v) {
+            for (uint32_t j = 0; j < 3; ++j) s[j] = *v.at(0, j);
+        };
+        if constexpr (Single == 1) hold(only(a)); else hold(only(b));
         sse::keep(s);
     };
-    auto object = [&](uint32_t k) {
-        for (uint32_t j = 0; j < 3; ++j)
-            *d.at(k, 0, j) = Op::s(Single == 1 ? s[j] : get(a, k, 0, j),
-                                   Single == 2 ? s[j] : get(b, k, 0, j));
+    auto object = [&](uint32_t, const auto& a1, const auto& b1, const auto& d1) {
+        for (uint32_t j = 0; j < 3; ++j) {
+            float x, y;
+            if constexpr (Single == 1) x = s[j]; else x = *a1.at(0, j);
+            if constexpr (Single == 2) y = s[j]; else y = *b1.at(0, j);
+            *d1.at(0, j) = Op::s(x, y);
+        }
     };
-    return arrayCall(false, 3, count, before, object, a, b, d);
+    auto whole = [&] { return dense::run<Op, 3, Single>(a, b, d, 1, 3, count); };
+    return arrayCallWhole(false, 3, count, before, whole, object, a, b, d);
 }
 
 // Run-time size, one vector, Contiguous 32f (vv, vc, cv): the fast path of the frame.
@@ -155,7 +165,7 @@ struct VecFamily {
             else if constexpr (packed)
                 return packedVectors<Op, N, Single>(a, b, d, count);
             else
-                return elementwiseArray<Op, N>(a, b, d, len, 1, count);
+                return elementwiseArray<Op, N, Single>(a, b, d, len, 1, count);
         }
     };
 };

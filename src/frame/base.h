@@ -7,7 +7,9 @@
 
 #include "vorx.h"
 
-#define VORX_EXPORT extern "C" __attribute__((visibility("default")))
+// An exported function is one body: everything it calls is inlined into it, so that
+// its fixed sizes and layout reach every loop as constants.
+#define VORX_EXPORT extern "C" __attribute__((visibility("default"), flatten))
 
 namespace vorx {
 

@@ -39,15 +39,4 @@ vorxStatus interleavedCall(bool sizesBad, uint32_t entries, uint32_t count, Befo
     return objects();
 }
 
-// Step 5, one object at a time: the list entries of object k just before it.
-template <class Object, class... O>
-vorxStatus eachObject(uint32_t count, Object object, const O&... o)
-{
-    for (uint32_t k = 0; k < count; ++k) {
-        if (!listsOk(k, o...)) return kNull;
-        object(k);
-    }
-    return kOk;
-}
-
 }  // namespace vorx

@@ -41,8 +41,17 @@ inline void store3(float* p, R v)
     _mm_storeh_pi(half(p + 1), v);
 }
 
+// A register whose lanes are all about to be loaded, or never read: no instruction
+// clears it first.
+inline R blank()
+{
+    R r;
+    __asm__("" : "=x"(r));
+    return r;
+}
+
 // Four elements as two 64-bit halves (no alignment needed), unaligned or aligned.
-inline R load4h(const float* p) { return _mm_loadh_pi(_mm_loadl_pi(zero(), half(p)), half(p + 2)); }
+inline R load4h(const float* p) { return _mm_loadh_pi(_mm_loadl_pi(blank(), half(p)), half(p + 2)); }
 inline void store4h(float* p, R v)
 {
     _mm_storel_pi(half(p), v);
@@ -55,6 +64,8 @@ inline void store4a(float* p, R v) { _mm_store_ps(p, v); }
 
 // Two elements in the low lanes of a zeroed register.      lanes: p0, p1, 0, 0
 inline R load2(const float* p) { return _mm_loadl_pi(zero(), half(p)); }
+// Two elements in the low lanes, for shuffles that read no other lane.
+inline R load2low(const float* p) { return _mm_loadl_pi(blank(), half(p)); }
 inline void store2(float* p, R v) { _mm_storel_pi(half(p), v); }
 
 // One element in lane 0.                                    lanes: p0, 0, 0, 0

@@ -37,40 +37,36 @@ struct Solve<double> {
     static void back(double* x, Acc s, double p) { storeRounded(x, (wide(*x) - s) / wide(p)); }
 };
 
-// Solves object n: matrix a (object n of an array, or the one matrix whose view
-// has no object term), right side b, result x. A fixed order N makes every loop
+// Solves one object: matrix a (an object of an array, or the one matrix), right
+// side b, result x. A fixed order N makes every loop
 // bound a constant; the loops open out as in the decomposition.
-template <class T, int N, bool Packed, class M, class B, class X>
-void substitute(const M& ma, const uint32_t* perm, const B& mb, const X& mx, uint32_t n,
-                uint32_t sizeArg)
+template <class T, int N, class M, class B, class X>
+[[gnu::always_inline]] inline void substitute(const M& a, const uint32_t* perm, const B& b, const X& x, uint32_t sizeArg)
 {
     using F = Solve<T>;
     const uint32_t size = N ? N : sizeArg;
-    auto a = rows<Packed>(ma, n);
-    auto b = rows<Packed>(mb, n);
-    auto x = rows<Packed>(mx, n);
     auto br = b.row(0);
     auto xr = x.row(0);
-    copyBits(x.at(xr, 0), b.at(br, perm[0]));
+    copyBits(x.in(xr, 0), b.in(br, perm[0]));
 #pragma GCC unroll 8
     for (uint32_t i = 1; i < size; ++i) {
         uint32_t r = perm[i];
         auto ar = a.row(r);
         typename F::Acc s = F::zero();
 #pragma GCC unroll 8
-        for (uint32_t j = 0; j < i; ++j) s = F::add(s, *a.at(ar, j), *x.at(xr, j));
-        F::first(x.at(xr, i), *b.at(br, r), s);
+        for (uint32_t j = 0; j < i; ++j) s = F::add(s, *a.in(ar, j), *x.in(xr, j));
+        F::first(x.in(xr, i), *b.in(br, r), s);
     }
     uint32_t z = size - 1;
-    F::last(x.at(xr, z), *a.at(a.row(perm[z]), z));
+    F::last(x.in(xr, z), *a.in(a.row(perm[z]), z));
 #pragma GCC unroll 8
     for (uint32_t t = 1; t < size; ++t) {
         uint32_t i = z - t;
         auto ar = a.row(perm[i]);
         typename F::Acc s = F::zero();
 #pragma GCC unroll 8
-        for (uint32_t j = i + 1; j < size; ++j) s = F::add(s, *a.at(ar, j), *x.at(xr, j));
-        F::back(x.at(xr, i), s, *a.at(ar, i));
+        for (uint32_t j = i + 1; j < size; ++j) s = F::add(s, *a.in(ar, j), *x.in(xr, j));
+        F::back(x.in(xr, i), s, *a.in(ar, i));
     }
 }
 
@@ -90,8 +86,8 @@ bool tablesOk(const M& a, const B& b, const X& x, uint32_t size)
 
 // The whole call; a single-vector form is the array form with one object and no
 // count test.
-template <class T, int N, bool Packed, class M, class B, class X>
-vorxStatus solveCall(M a, const uint32_t* perm, B b, X x, uint32_t size, uint32_t count,
+template <class T, int N, class M, class B, class X>
+[[gnu::always_inline]] inline vorxStatus solveCall(M a, const uint32_t* perm, B b, X x, uint32_t size, uint32_t count,
                      uint32_t permStep)
 {
     if (anyNull(a, b, x) || !perm) return kNull;
@@ -100,35 +96,35 @@ vorxStatus solveCall(M a, const uint32_t* perm, B b, X x, uint32_t size, uint32_
     b = b.withShape(1, size);
     x = x.withShape(1, size);
     if (!lu::tablesOk(a, b, x, size)) return kNull;
-    for (uint32_t n = 0; n < count; ++n) {
-        // List entries of the call's lists in argument order (the one matrix of
-        // the mva forms is plain memory, not a list).
-        if (!listsOk(n, a, b, x)) return kNull;
-        substitute<T, N, Packed>(a, perm + n * permStep, b, x, n, size);
-    }
-    return kOk;
+    // List entries of the call's lists in argument order (the one matrix of the mva
+    // forms is plain memory, not a list).
+    auto object = [&](uint32_t n, const auto& a1, const auto& b1, const auto& x1)
+                      __attribute__((always_inline)) {
+        substitute<T, N>(a1, perm + n * permStep, b1, x1, size);
+    };
+    return eachObject(count, object, a.first(), b.first(), x.first());
 }
 
-template <class T, int N, bool Packed>
+template <class T, int N>
 struct SolveOne {
     template <class M, class B, class X>
     static vorxStatus run(M a, const uint32_t* perm, B b, X x, uint32_t size)
     {
-        return solveCall<T, N, Packed>(a, perm, b, x, size, 1, 0);
+        return solveCall<T, N>(a, perm, b, x, size, 1, 0);
     }
 };
 
 // One perm for every right side (mva) or one slice per object (mava).
-template <class T, int N, bool Packed, bool PermPerObject>
+template <class T, int N, bool PermPerObject>
 struct SolveArray {
     template <class M, class B, class X>
     static vorxStatus run(M a, const uint32_t* perm, B b, X x, uint32_t size, uint32_t count)
     {
-        return solveCall<T, N, Packed>(a, perm, b, x, size, count, PermPerObject ? size : 0);
+        return solveCall<T, N>(a, perm, b, x, size, count, PermPerObject ? size : 0);
     }
 };
-template <class T, int N, bool Packed> using SolveShared = SolveArray<T, N, Packed, false>;
-template <class T, int N, bool Packed> using SolveEach = SolveArray<T, N, Packed, true>;
+template <class T, int N> using SolveShared = SolveArray<T, N, false>;
+template <class T, int N> using SolveEach = SolveArray<T, N, true>;
 
 // The 64f List forms of the one-matrix solve step the matrix columns by 4 bytes,
 // not 8: element (r, j) is the double at src + r*srcRowStride + j*4, in the sums
@@ -141,7 +137,7 @@ struct FourByteColumns {
                           uint32_t count)
     {
         a.es = 4;
-        return SolveShared<double, N, false>::run(a, perm, b, x, size, count);
+        return SolveShared<double, N>::run(a, perm, b, x, size, count);
     }
 };
 

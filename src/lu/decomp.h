@@ -59,30 +59,6 @@ struct Arith<double, WideQ> {
     static void update(double* e, const double* u, Q q) { storeRounded(e, wide(*u) * q + wide(*e)); }
 };
 
-// Element access by rows. Direct and List views find a row once and step along it
-// (by a constant where the elements lie E bytes apart: `Packed`); a Pointer view
-// has no rows in memory, so its row is the index and every element its own entry.
-template <class V, bool Packed, bool Table = IsElemTable<V>::value>
-struct Rows {
-    using T = typename V::Elem;
-    using Row = T*;
-    V v;
-    uint32_t n;
-    Row row(uint32_t i) const { return v.row(n, i); }
-    T* at(Row r, uint32_t j) const { return Packed ? r + j : byteAt(r, step(j, v.es)); }
-};
-template <class V, bool Packed>
-struct Rows<V, Packed, true> {
-    using T = typename V::Elem;
-    using Row = uint32_t;
-    V v;
-    uint32_t n;
-    Row row(uint32_t i) const { return i; }
-    T* at(Row r, uint32_t j) const { return v.at(n, r, j); }
-};
-template <bool Packed, class V>
-Rows<V, Packed> rows(const V& v, uint32_t n) { return {v, n}; }
-
 // The rows of dst in perm order. A fixed order keeps their addresses in an array
 // that is exchanged along with perm; the run-time sizes find them through perm.
 template <class R, int N>
@@ -90,7 +66,8 @@ struct PermRows {
     typename R::Row r[N];
     explicit PermRows(const R& d)
     {
-        for (uint32_t i = 0; i < N; ++i) r[i] = d.row(i);
+        r[0] = d.row(0);
+        for (uint32_t i = 1; i < N; ++i) r[i] = d.down(r[i - 1]);
     }
     typename R::Row operator()(const uint32_t*, uint32_t i) const { return r[i]; }
     void exchange(uint32_t a, uint32_t k)
@@ -114,51 +91,48 @@ struct PermRows<R, 0> {
 // (n rows down the table in the Pointer layouts, where the index may pass the end
 // of the table and the pointer found there is followed). Kept as it stands.
 template <class T>
-inline T* lastPivotAt(const Direct<T>& d, uint32_t n, uint32_t l, uint32_t size)
+inline T* lastPivotAt(const Obj<T>& d, uint32_t n, uint32_t l, uint32_t size)
 {
-    return byteAt(d.at(n, l, size - 1), step(n * size, d.es));
+    return byteAt(d.at(l, size - 1), step(n * size, d.es));
 }
 template <class T>
-inline T* lastPivotAt(const ObjTable<T>& d, uint32_t n, uint32_t l, uint32_t size)
+inline T* lastPivotAt(const TableObj<T>& d, uint32_t n, uint32_t l, uint32_t size)
 {
-    return byteAt(d.at(n, l, size - 1), step(n * size, d.es));
-}
-template <class T>
-inline T* lastPivotAt(const ElemTable<T>& d, uint32_t n, uint32_t l, uint32_t size)
-{
-    return byteAt(d.x[(l + n) * size + size - 1], d.bs + step(n, d.os));
+    return d.in((l + n) * size, size - 1);
 }
 
-// Factorises object n of src into object n of dst; `perm` is the object's slice.
+// Factorises object n: s, d are object n of src and dst, `perm` the object's slice.
 // On a pivot failure at step k, dst holds steps 0..k-1 and perm the exchange of k.
 // A fixed order N makes every loop bound a constant, and the unrolling pragmas let
 // those loops open out completely (every element at a constant offset from its
 // row); the run-time sizes get the same loops unrolled by 8.
-template <class T, int N, bool Packed, class S, class D>
-vorxStatus factorise(const S& src, uint32_t* perm, const D& dst, uint32_t n, uint32_t sizeArg)
+template <class T, int N, class S, class D>
+[[gnu::always_inline]] inline vorxStatus factorise(const S& s, uint32_t* perm, const D& d, uint32_t n, uint32_t sizeArg)
 {
     using A = Arith<T, N != 0>;
     const uint32_t size = N ? N : sizeArg;
-    auto s = rows<Packed>(src, n);
-    auto d = rows<Packed>(dst, n);
+    auto sr = s.row(0);
+    auto dr = d.row(0);
 #pragma GCC unroll 8
     for (uint32_t i = 0; i < size; ++i) {
-        auto sr = s.row(i);
-        auto dr = d.row(i);
 #pragma GCC unroll 8
-        for (uint32_t j = 0; j < size; ++j) copyBits(d.at(dr, j), s.at(sr, j));
+        for (uint32_t j = 0; j < size; ++j) copyBits(d.in(dr, j), s.in(sr, j));
+        if (i + 1 < size) {
+            sr = s.down(sr);
+            dr = d.down(dr);
+        }
     }
 #pragma GCC unroll 8
     for (uint32_t i = 0; i < size; ++i) perm[i] = i;
-    PermRows<decltype(d), N> at(d);
+    PermRows<D, N> at(d);
 #pragma GCC unroll 8
     for (uint32_t k = 0; k + 1 < size; ++k) {
         // Strictly greater wins: the first of equal maxima, never a NaN.
-        long double best = mag(*d.at(at(perm, k), k));
+        long double best = mag(*d.in(at(perm, k), k));
         uint32_t arg = k;
 #pragma GCC unroll 8
         for (uint32_t i = k + 1; i < size; ++i) {
-            long double c = mag(*d.at(at(perm, i), k));
+            long double c = mag(*d.in(at(perm, i), k));
             if (c > best) {
                 best = c;
                 arg = i;
@@ -169,21 +143,21 @@ vorxStatus factorise(const S& src, uint32_t* perm, const D& dst, uint32_t n, uin
         perm[k] = t;
         at.exchange(arg, k);
         auto pr = at(perm, k);
-        T p = *d.at(pr, k);
+        T p = *d.in(pr, k);
         if (!passes(p)) return kZeroDivide;
 #pragma GCC unroll 8
         for (uint32_t i = k + 1; i < size; ++i) {
             auto r = at(perm, i);
-            auto q = A::scale(d.at(r, k), p);
+            auto q = A::scale(d.in(r, k), p);
 #pragma GCC unroll 8
-            for (uint32_t j = k + 1; j < size; ++j) A::update(d.at(r, j), d.at(pr, j), q);
+            for (uint32_t j = k + 1; j < size; ++j) A::update(d.in(r, j), d.in(pr, j), q);
         }
     }
-    if (!passes(*lastPivotAt(dst, n, perm[size - 1], size))) return kZeroDivide;
+    if (!passes(*lastPivotAt(d, n, perm[size - 1], size))) return kZeroDivide;
     return kOk;
 }
 
-template <class T, int N, bool Packed>
+template <class T, int N>
 struct DecompArray {
     template <class S, class D>
     static vorxStatus run(S s, uint32_t* perm, D d, uint32_t size, uint32_t count)
@@ -193,32 +167,28 @@ struct DecompArray {
         s = s.withShape(size, size);
         d = d.withShape(size, size);
         if (!pairsOk(s, d, size * size)) return kNull;
-        for (uint32_t n = 0; n < count; ++n) {
-            if (!listsOk(n, s, d)) return kNull;
-            vorxStatus st = factorise<T, N, Packed>(s, perm + n * size, d, n, size);
-            if (st != kOk) return st;
-        }
-        return kOk;
+        auto object = [&](uint32_t n, const auto& s1, const auto& d1) {
+            return factorise<T, N>(s1, perm + n * size, d1, n, size);
+        };
+        return eachObject(count, object, s.first(), d.first());
     }
 };
 
 // A single matrix is the array call with one object: no count, no lists, and its
 // last pivot read where it lies.
-template <class T, int N, bool Packed>
+template <class T, int N>
 struct DecompOne {
     template <class S, class D>
     static vorxStatus run(S s, uint32_t* perm, D d, uint32_t size)
     {
-        return DecompArray<T, N, Packed>::run(s, perm, d, size, 1);
+        return DecompArray<T, N>::run(s, perm, d, size, 1);
     }
 };
 
-// Contiguous and List operands lie E bytes apart along a row in every operand of
-// a call.
-template <template <class, int, bool> class Run>
+template <template <class, int> class Run>
 struct Family {
     template <class T, int N, Lay L>
-    struct Impl : Run<T, N, adjacent(L)> {};
+    struct Impl : Run<T, N> {};
 };
 
 }  // namespace lu

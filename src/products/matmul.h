@@ -8,6 +8,8 @@
 #include "../frame/x87.h"
 #include "packed.h"
 
+#include <type_traits>
+
 namespace vorx::mul {
 
 // The four sizes of a call, as the checks table names them.
@@ -22,7 +24,9 @@ struct Sizes {
 // element to +0.0 first and writes every partial sum at once, so that an aliased
 // source reads what has been written so far.
 //   32f: each product and each partial sum rounded to single.
+struct SumF32Quiet;
 struct SumF32 {
+    using Quiet = SumF32Quiet;
     using Acc = float;
     static float start(float* p) { *p = 0.0f; return 0.0f; }
     static void step(float& s, float* p, float x, float y)
@@ -33,7 +37,9 @@ struct SumF32 {
 };
 //   64f Contiguous and Strided: the sum stays in an x87 register at full width and
 //   a rounded copy is stored after each step; the final element is rounded once.
+struct SumX87Quiet;
 struct SumX87Reg {
+    using Quiet = SumX87Quiet;
     using Acc = long double;
     static long double start(double* p) { *p = 0.0; return 0.0L; }
     // A double store of the long double rounds it once, and the register goes on
@@ -47,6 +53,7 @@ struct SumX87Reg {
 //   64f Pointer and List layouts: the sum lives only in dst; the extended product
 //   is added to dst as read back, and rounded to double at every step.
 struct SumX87Mem {
+    using Quiet = void;
     using Acc = int;
     static int start(double* p) { *p = 0.0; return 0; }
     static void step(int&, double* p, double x, double y)
@@ -55,49 +62,66 @@ struct SumX87Mem {
     }
 };
 
+// Where dst shares no memory with the object's sources nothing can read the partial
+// sums that 32f and the register regime store: there each element is stored once,
+// at the end, from the same register (`Quiet`).
+struct SumF32Quiet {
+    using Quiet = void;
+    using Acc = float;
+    static float start(float*) { return 0.0f; }
+    static void step(float& s, float*, float x, float y) { s = sse::add(s, sse::mul(x, y)); }
+    static void end(float s, float* p) { *p = s; }
+};
+struct SumX87Quiet {
+    using Quiet = void;
+    using Acc = long double;
+    static long double start(double*) { return 0.0L; }
+    static void step(long double& s, double*, double x, double y) { s = s + wide(x) * wide(y); }
+    static void end(long double s, double* p) { *p = static_cast<double>(s); }
+};
+template <class Sum> constexpr bool isQuiet = std::is_same_v<Sum, SumF32Quiet> || std::is_same_v<Sum, SumX87Quiet>;
+
 template <class T, Lay L> struct SumFor { using type = SumX87Mem; };
 template <Lay L> struct SumFor<float, L> { using type = SumF32; };
 template <> struct SumFor<double, Lay::C> { using type = SumX87Reg; };
 template <> struct SumFor<double, Lay::S2> { using type = SumX87Reg; };
 template <class T, Lay L> using SumOf = typename SumFor<T, L>::type;
 
-// One object of the element loops: i, j, k upward. `Entries`: a single-object
-// Pointer call tests the dst entry of each element before zeroing it, and then,
-// for each k, the src1 entry and the src2 entry before reading them. Returns false
-// at a null entry, with the elements before it written.
+// One object of the element loops: i, j, k upward, the rows of src1 and dst walked
+// down. `Entries`: a single-object Pointer call tests the dst entry of each element
+// before zeroing it, and then, for each k, the src1 entry and the src2 entry before
+// reading them. Returns false at a null entry, with the elements before it written.
 // A fixed size N passes its bounds as constants: the same loops, each row unrolled.
 template <class Sum, bool Entries, int N, class A, class B, class D>
-[[gnu::always_inline]] inline bool scalarFixed(uint32_t k, const A& a, const B& b, const D& d)
+[[gnu::always_inline]] inline bool scalarObject(const A& a, const B& b, const D& d, uint32_t R,
+                                                uint32_t C, uint32_t K)
 {
-    for (uint32_t i = 0; i < N; ++i)
+    if constexpr (!std::is_void_v<typename Sum::Quiet> && !Entries && !IsElemTable<D>::value) {
+        R = N ? N : R, C = N ? N : C, K = N ? N : K;
+        Extent e = d.extent(R, C);
+        if (e.apart(a.extent(R, K)) && e.apart(b.extent(K, C))) {
+            scalarObject<typename Sum::Quiet, false, N>(a, b, d, R, C, K);
+            return true;
+        }
+    }
+    auto ra = a.row(0);
+    auto rd = d.row(0);
+    for (uint32_t i = 0; i < (N ? N : R); ++i) {
 #pragma GCC unroll 6
-        for (uint32_t j = 0; j < N; ++j) {
+        for (uint32_t j = 0; j < (N ? N : C); ++j) {
             if (Entries && !readOk(d, i, j)) return false;
-            auto* p = d.at(k, i, j);
+            auto* p = d.in(rd, j);
             auto s = Sum::start(p);
 #pragma GCC unroll 6
-            for (uint32_t n = 0; n < N; ++n) {
+            for (uint32_t n = 0; n < (N ? N : K); ++n) {
                 if (Entries && !(readOk(a, i, n) && readOk(b, n, j))) return false;
-                Sum::step(s, p, *a.at(k, i, n), *b.at(k, n, j));
+                Sum::step(s, p, *a.in(ra, n), *b.at(n, j));
             }
+            if constexpr (isQuiet<Sum>) Sum::end(s, p);
         }
-    return true;
-}
-
-template <class Sum, bool Entries, class A, class B, class D>
-bool scalarObject(uint32_t k, const A& a, const B& b, const D& d, uint32_t R, uint32_t C,
-                  uint32_t K)
-{
-    for (uint32_t i = 0; i < R; ++i)
-        for (uint32_t j = 0; j < C; ++j) {
-            if (Entries && !readOk(d, i, j)) return false;
-            auto* p = d.at(k, i, j);
-            auto s = Sum::start(p);
-            for (uint32_t n = 0; n < K; ++n) {
-                if (Entries && !(readOk(a, i, n) && readOk(b, n, j))) return false;
-                Sum::step(s, p, *a.at(k, i, n), *b.at(k, n, j));
-            }
-        }
+        ra = a.down(ra);
+        rd = d.down(rd);
+    }
     return true;
 }
 
@@ -132,33 +156,38 @@ struct Held {
     using Rows = R[N][G];
 
     template <class B>
-    static R gather(uint32_t k, const B& b, uint32_t n, uint32_t g)
+    static R gather(const B& b, typename B::Row row, uint32_t g)
     {
         float e[4];
 #pragma GCC unroll 4
         for (uint32_t l = 0; l < 4; ++l) {
             uint32_t j = 4 * g + l < N ? 4 * g + l : N - 1;
-            e[l] = *b.at(k, n, j);
+            e[l] = *b.in(row, j);
         }
         return _mm_setr_ps(e[0], e[1], e[2], e[3]);
     }
 
     template <class B>
-    static void load(uint32_t k, const B& b, Rows& s2)
+    static void load(const B& b, Rows& s2)
     {
+        auto row = b.row(0);
 #pragma GCC unroll 6
-        for (uint32_t n = 0; n < N; ++n)
+        for (uint32_t n = 0; n < N; ++n) {
 #pragma GCC unroll 2
-            for (uint32_t g = 0; g < G; ++g) s2[n][g] = gather(k, b, n, g);
+            for (uint32_t g = 0; g < G; ++g) s2[n][g] = gather(b, row, g);
+            if (n + 1 < N) row = b.down(row);
+        }
     }
 
     template <class A, class D>
-    static void object(uint32_t k, const A& a, const Rows& s2, const D& d)
+    static void object(const A& a, const Rows& s2, const D& d)
     {
+        auto ra = a.row(0);
+        auto rd = d.row(0);
         for (uint32_t i = 0; i < N; ++i) {
             R r[N];
 #pragma GCC unroll 6
-            for (uint32_t n = 0; n < N; ++n) r[n] = _mm_set1_ps(*a.at(k, i, n));
+            for (uint32_t n = 0; n < N; ++n) r[n] = _mm_set1_ps(*a.in(ra, n));
             R sum[G];
 #pragma GCC unroll 2
             for (uint32_t g = 0; g < G; ++g) {
@@ -170,10 +199,14 @@ struct Held {
 #pragma GCC unroll 2
             for (uint32_t g = 0; g < G; ++g) {
                 R v = sum[g];
-                sse::store1(d.at(k, i, 4 * g), v);
-                if (4 * g + 1 < N) sse::store1(d.at(k, i, 4 * g + 1), _mm_shuffle_ps(v, v, 1));
-                if (4 * g + 2 < N) sse::store1(d.at(k, i, 4 * g + 2), _mm_movehl_ps(v, v));
-                if (4 * g + 3 < N) sse::store1(d.at(k, i, 4 * g + 3), _mm_shuffle_ps(v, v, 3));
+                sse::store1(d.in(rd, 4 * g), v);
+                if (4 * g + 1 < N) sse::store1(d.in(rd, 4 * g + 1), _mm_shuffle_ps(v, v, 1));
+                if (4 * g + 2 < N) sse::store1(d.in(rd, 4 * g + 2), _mm_movehl_ps(v, v));
+                if (4 * g + 3 < N) sse::store1(d.in(rd, 4 * g + 3), _mm_shuffle_ps(v, v, 3));
+            }
+            if (i + 1 < N) {
+                ra = a.down(ra);
+                rd = d.down(rd);
             }
         }
     }
@@ -186,8 +219,8 @@ struct Held {
         b = b.withShape(N, N);
         d = d.withShape(N, N);
         Rows s2;
-        load(0, b, s2);
-        object(0, a, s2, d);
+        load(only(b), s2);
+        object(only(a), s2, only(d));
         return kOk;
     }
 
@@ -200,14 +233,14 @@ struct Held {
         d = d.withShape(N, N);
         Rows s2;
         if (SingleSrc2) {
-            load(0, b, s2);
+            load(only(b), s2);
             sse::keep(s2);  // a single src2 is read ahead of the count test
         }
-        for (uint32_t k = 0; k < count; ++k) {
-            if (!SingleSrc2) load(k, b, s2);
-            object(k, a, s2, d);
-        }
-        return kOk;
+        auto each = [&](uint32_t, const auto& a1, const auto& b1, const auto& d1) {
+            if (!SingleSrc2) load(b1, s2);
+            object(a1, s2, d1);
+        };
+        return eachObject<false>(count, each, a.first(), b.first(), d.first());
     }
 };
 
@@ -255,7 +288,7 @@ struct Family {
         {
             if constexpr (packed) {
                 if (anyNull(a, b, d)) return kNull;
-                Scheme::single(a, b, d);
+                Scheme::single(only(a), only(b), only(d));
                 return kOk;
             } else {
                 if (anyNull(a, b, d)) return kNull;
@@ -265,9 +298,7 @@ struct Family {
                 b = b.withShape(h2, w2);
                 d = d.withShape(h1, w2);
                 constexpr bool entries = L == Lay::P;
-                bool done;
-                if constexpr (N > 0) done = scalarFixed<Sum, entries, N>(0, a, b, d);
-                else done = scalarObject<Sum, entries>(0, a, b, d, h1, C, K);
+                bool done = scalarObject<Sum, entries, N>(only(a), only(b), only(d), h1, C, K);
                 return done ? kOk : kNull;
             }
         }
@@ -283,11 +314,13 @@ struct Family {
                 typename Scheme::Src2 held{};
                 auto before = [&] {
                     if (!Arr2) {
-                        held.load(0, b);
+                        held.load(only(b));
                         sse::keep(held);
                     }
                 };
-                auto object = [&](uint32_t k) { Scheme::object(k, a, b, d, held); };
+                auto object = [&](uint32_t, const auto& a1, const auto& b1, const auto& d1) {
+                    Scheme::object(a1, b1, d1, held);
+                };
                 return arrayCall(false, 0, count, before, object, a, b, d);
             } else {
                 a = a.withShape(h1, w1);
@@ -295,9 +328,8 @@ struct Family {
                 d = d.withShape(h1, w2);
                 if (!(tableOk(a, w1 * h1) && tableOk(b, w2 * h2) && tableOk(d, s[DA] * s[DB])))
                     return kNull;
-                auto object = [&](uint32_t k) {
-                    if constexpr (N > 0) scalarFixed<Sum, false, N>(k, a, b, d);
-                    else scalarObject<Sum, false>(k, a, b, d, h1, w2, h2);
+                auto object = [&](uint32_t, const auto& a1, const auto& b1, const auto& d1) {
+                    scalarObject<Sum, false, N>(a1, b1, d1, h1, w2, h2);
                 };
                 return arrayCall(false, 0, count, nothing, object, a, b, d);
             }

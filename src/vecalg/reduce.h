@@ -77,7 +77,7 @@ template <class T, int N, bool Norm, bool Adj, class... V>
 vorxStatus array(T* d, uint32_t len, uint32_t count, const V&... v)
 {
     auto object = [&](uint32_t k) { objectSum<T, N, Norm, false, Adj>(d[k], k, len, v...); };
-    auto objects = [&] { return eachObject(count, object, v...); };
+    auto objects = [&] { return eachObjectAt(count, object, v...); };
     return interleavedCall(N == 0 && len == 0, len, count, nothing, objects, v..., results(d));
 }
 
@@ -154,7 +154,7 @@ vorxStatus dotsBy(const A& a, F f, float* d, uint32_t count)
         if constexpr (Grouped && N == 3 && Backed<A, F>::value)
             if (a.os == 12 && f.v.os == 12) return groups<Gap>(d, count, tight, one, a, f.v);
         if constexpr (Grouped) return groups<Gap>(d, count, group, one, a, f.v);
-        else return eachObject(count, [&](uint32_t k) { d[k] = one(k); }, a, f.v);
+        else return eachObjectAt(count, [&](uint32_t k) { d[k] = one(k); }, a, f.v);
     };
     return interleavedCall(false, N, count, [&] { f.prepare(); }, objects, a, f.v, results(d));
 }

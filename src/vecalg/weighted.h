@@ -28,6 +28,12 @@ struct LCombOp {
 
 namespace weighted {
 
+// An operand's element (k, 0, j); a value is itself.
+inline float get(float v, uint32_t, uint32_t, uint32_t) { return v; }
+inline double get(double v, uint32_t, uint32_t, uint32_t) { return v; }
+template <class V>
+inline auto get(const V& v, uint32_t k, uint32_t i, uint32_t j) { return *v.at(k, i, j); }
+
 // One element of the result from its operands (vectors' elements and values).
 template <class Op, class... V>
 inline void put(float* d, V... v) { *d = Op::s(v...); }
@@ -59,7 +65,7 @@ vorxStatus single(const D& d, uint32_t len, const S&... s)
 template <class Op, int N, class D, class... S>
 vorxStatus array(const D& d, uint32_t len, uint32_t count, const S&... s)
 {
-    auto objects = [&] { return eachObject(count, [&](uint32_t k) { object<Op, N>(d, k, len, s...); }, s..., d); };
+    auto objects = [&] { return eachObjectAt(count, [&](uint32_t k) { object<Op, N>(d, k, len, s...); }, s..., d); };
     return interleavedCall(N == 0 && len == 0, len, count, nothing, objects, s..., d);
 }
 
@@ -190,7 +196,7 @@ vorxStatus packedArray(const D& d, uint32_t count, W... w)
                     return store<N, true>(to, weigh<Op, N>(w.template at<true>(k)...));
             store<N, A>(to, weigh<Op, N>(w.template at<A>(k)...));
         };
-        return eachObject(count, one, w.v..., d);
+        return eachObjectAt(count, one, w.v..., d);
     };
     auto objects = [&] {
         if constexpr (Flat)
