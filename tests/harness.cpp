@@ -507,37 +507,48 @@ namespace {
 sigjmp_buf* gFaultJump;
 void onFault(int) { siglongjmp(*gFaultJump, 1); }
 
-// Under the sanitizers a followed null pointer stops the process before it faults,
-// and under valgrind a fault on purpose counts as an error of the run: there a call
-// that may fault is tried in a child first (its reports silenced), and made here only
-// where it came through.
-bool faultsInAChild(bool nullMayBeFollowed)
-{
+// gcc says __SANITIZE_ADDRESS__, clang 14 only __has_feature.
 #if defined(__SANITIZE_ADDRESS__)
-    if (nullMayBeFollowed) return true;
+#define VT_ASAN 1
 #elif defined(__has_feature)
 #if __has_feature(address_sanitizer)
-    if (nullMayBeFollowed) return true;
+#define VT_ASAN 1
 #endif
 #endif
-    return underValgrind();
+#ifdef VT_ASAN
+constexpr bool kAddressSanitizer = true;
+#else
+constexpr bool kAddressSanitizer = false;
+#endif
+
+// A call that may fault, tried in a child first (its reports silenced) and made here
+// only where it came through.
+bool faultsInAChild(const std::function<void()>& f)
+{
+    if (fork() == 0) {
+        dup2(open("/dev/null", O_WRONLY), 2);
+        f();
+        _exit(0);
+    }
+    int status = 0;
+    wait(&status);
+    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) return true;
+    f();
+    return false;
 }
 }  // namespace
 
-bool faults(const std::function<void()>& f, bool nullMayBeFollowed)
+// Under the sanitizers a followed null pointer stops the process before it faults,
+// and under valgrind a fault on purpose counts as an error of the run: there the
+// call is tried in a child.
+bool faults(const std::function<void()>& f)
 {
-    if (faultsInAChild(nullMayBeFollowed)) {
-        if (fork() == 0) {
-            dup2(open("/dev/null", O_WRONLY), 2);
-            f();
-            _exit(0);
-        }
-        int status = 0;
-        wait(&status);
-        if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) return true;
-        f();
-        return false;
-    }
+    return kAddressSanitizer ? faultsInAChild(f) : faultsOnAProtectedPage(f);
+}
+
+bool faultsOnAProtectedPage(const std::function<void()>& f)
+{
+    if (underValgrind()) return faultsInAChild(f);
     struct sigaction sa = {}, oldSegv, oldBus;
     sa.sa_handler = onFault;
     sigemptyset(&sa.sa_mask);

@@ -214,9 +214,10 @@ std::vector<Dims> defaultCases(const CatalogueEntry& e);
 Dims dimsOf(const CatalogueEntry& e, uint32_t n, uint32_t count);
 
 // Whether f faults (SIGSEGV or SIGBUS); the fault is caught and f abandoned.
-// `nullMayBeFollowed`: false where only a protected page can be met, which the
-// sanitizers let fault like any other run.
-bool faults(const std::function<void()>& f, bool nullMayBeFollowed = true);
+bool faults(const std::function<void()>& f);
+// The same where f can meet nothing but a protected page, which the sanitizers let
+// fault like any other run: tried in process under them too.
+bool faultsOnAProtectedPage(const std::function<void()>& f);
 
 // Random data of a type, as the models draw it.
 template <class T>

@@ -145,7 +145,7 @@ TEST(EveryFunction, SingleSourceReadAheadOfTheCountTestWhereTheFamilySaysSo)
             bool read;
             auto run = [&](auto s) {
                 s.op(o.name).protect(true);
-                read = vt::faults([&] { s.call(); }, false);
+                read = vt::faultsOnAProtectedPage([&] { s.call(); });
                 s.op(o.name).protect(false);
             };
             if (vt::isF32(e)) run(vt::Specimen<float>::make(e, d, draw));

@@ -72,6 +72,24 @@ Rows<N> fetchRows(const O& o)
     return m;
 }
 
+// Row registers stored into an object, rows walked down (the inverse of fetchRows).
+template <int N, bool Al, class O>
+void storeRows(const O& o, const Rows<N>& m)
+{
+    float* r = o.row(0);
+    #pragma GCC unroll 16
+    for (uint32_t i = 0; i < N; ++i) {
+        storeHead<N, Al>(r, m.r[i]);
+        if constexpr (N == 5) sse::store1(r + 4, m.s[i]);
+        if (i + 1 < N) {
+            auto next = o.down(r);
+            if constexpr (N == 6)
+                if (i % 2 == 0) storePair(r, next, m.s[i / 2]);
+            r = next;
+        }
+    }
+}
+
 // A transposed 3x3 source: three full-width loads of the stored rows (the fourth lane,
 // one element behind each row, is read and dropped), then five shuffles give the
 // transposed rows in the 3-column pattern.

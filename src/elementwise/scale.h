@@ -49,23 +49,6 @@ struct PlainRows {
 template <class T>
 PlainRows<T> plainRows(const Obj<T>& o) { return {o.p, o.rs}; }
 
-// Row registers stored into an object, rows walked down (the inverse of fetchRows).
-template <int N, bool Al, class O>
-void storeRows(const O& o, const Rows<N>& m)
-{
-    float* r = o.row(0);
-#pragma GCC unroll 6
-    for (uint32_t i = 0; i < N; ++i) {
-        storeHead<N, Al>(r, m.r[i]);
-        if constexpr (N == 5) sse::store1(r + 4, m.s[i]);
-        if constexpr (N == 6) {
-            if (i & 1) _mm_storeh_pi(sse::half(r + 4), m.s[i / 2]);
-            else sse::store2(r + 4, m.s[i / 2]);
-        }
-        if (i + 1 < N) r = o.down(r);
-    }
-}
-
 // One object of a fixed-size 32f matrix, Contiguous or List, aligned moves where Al.
 // A plain source goes row register by row register. A transposed 4x4 source is
 // loaded whole and transposed in registers before anything is stored, so dst may be
@@ -100,31 +83,33 @@ template <int N, bool Al, class A, class D>
 // size 4 the pointers and strides of src and dst (object strides too) are tested
 // for 16 bytes, once in Contiguous and object by object on the shifted list entries
 // in List layout; both branches compute the same.
+// Contiguous: the objects one after the other, both cursors stepped along.
+template <int N, bool Al, class A, class D>
+void run(A a, R v, D d, uint32_t count)
+{
+    for (; count; --count, a.next(), d.next()) object<N, Al>(a.obj(), v, d.obj());
+}
+
 template <int N, class A, class D>
 vorxStatus packed(A a, float value, D d, uint32_t count, bool array)
 {
     R v = sse::broadcast(value);
     auto aligned = [&](uint32_t k) { return N > 3 && ((alignBits(a, k) | alignBits(d, k)) & 15) == 0; };
-    auto each = [&]<bool Al>(uint32_t, const auto& a1, float, const auto& d1) { object<N, Al>(a1, v, d1); };
     if constexpr (!IsObjTable<D>::value) {
         // No table and no list to test: the frame is the null test and the count test,
         // and the alignment branch is taken once for the call.
         if (anyNull(a, d)) return kNull;
         if (!array) count = 1;
         if (count == 0) return kOk;
-        auto objects = [&]<bool Al>() {
-            auto ca = a.first();
-            auto cd = d.first();
-            for (; count; --count, ca.next(), cd.next()) object<N, Al>(ca.obj(), v, cd.obj());
-            return kOk;
-        };
-        return aligned(0) ? objects.template operator()<true>() : objects.template operator()<false>();
+        if (aligned(0)) run<N, true>(a.first(), v, d.first(), count);
+        else run<N, false>(a.first(), v, d.first(), count);
+        return kOk;
     } else {
-        auto object = [&](uint32_t k, const auto& a1, float, const auto& d1) {
-            if (aligned(k)) each.template operator()<true>(k, a1, value, d1);
-            else each.template operator()<false>(k, a1, value, d1);
+        auto each = [&](uint32_t k, const auto& a1, float, const auto& d1) {
+            if (aligned(k)) object<N, true>(a1, v, d1);
+            else object<N, false>(a1, v, d1);
         };
-        return arrayCall(false, N * N, count, nothing, object, a, value, d);
+        return arrayCall(false, N * N, count, nothing, each, a, value, d);
     }
 }
 
