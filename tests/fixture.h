@@ -96,6 +96,7 @@ struct Options {
     int misalign = -1;   // base address modulo 16; -1: random
     bool align16 = false;  // every object, row and list entry on 16 bytes (drawn strides rounded up)
     bool tight = false;  // Contiguous rows and objects with no padding at all
+    bool tightRows = false;  // rows with no padding, objects apart as drawn
     bool zeroObjectStride = false;
     bool run = false;    // Pointer: the elements' stretches back to back in order (one run)
     // Strides and shift in bytes, of any sign, instead of drawn ones.
@@ -200,7 +201,7 @@ public:
         } else {
             es_ = strided ? E + pad(0, 5) : E;
             if (o.wholeElements) es_ -= es_ % E;
-            rs_ = static_cast<int32_t>((width - 1) * es_ + E) + (o.tight ? 0 : pad(0, 7));
+            rs_ = static_cast<int32_t>((width - 1) * es_ + E) + (o.tight || o.tightRows ? 0 : pad(0, 7));
             bs_ = pointer || list ? pad(-9, 9) : 0;
             if (o.align16) rs_ = up16(rs_), bs_ = 0;
         }

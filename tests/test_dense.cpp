@@ -1,35 +1,44 @@
 // Element-wise arrays on operands that lie as one run (Contiguous objects with no gap,
 // Pointer tables whose elements' stretches follow each other), where Add and Sub take
-// one pass over the run: every array function of the two families, counts around the
-// four-lane and pattern boundaries, random and special data (NaN payloads), and in
-// place, against the family's model (bits, guards, nothing written outside dst).
+// one pass over the run, and on objects that are each a run but lie apart (List, or
+// Contiguous with gaps), where the packed forms take one pass per object: every array
+// function of the two families, counts around the four-lane and pattern boundaries,
+// random and special data (NaN payloads), and in place, against the family's model
+// (bits, guards, nothing written outside dst).
 #include <gtest/gtest.h>
 
 #include "harness.h"
 
 namespace {
 
-TEST(DenseRuns, ElementWiseArraysOnOneRun)
+TEST(DenseRuns, ElementWiseArraysOnRuns)
 {
     unsigned seed = 3;
     for (const char* fam : {"Add", "Sub"})
         for (const auto* e : vt::entries(fam, [](const CatalogueEntry& x) {
                  std::string_view lay(x.layout);
-                 return std::string_view(x.code).find('a') != std::string_view::npos && (lay == "" || lay == "P");
+                 return std::string_view(x.code).find('a') != std::string_view::npos &&
+                        (lay == "" || lay == "P" || lay == "L");
              })) {
             // In place: dst the first source, where that is a plain array.
             const std::string first = vt::splitCodes(e->code)[0];
             const bool canInPlace = vt::isArrayCode(first) && !vt::isTransposed(first);
+            // Apart: rows with no gap, objects apart (a List is always apart).
+            const std::string_view lay(e->layout);
             for (uint32_t count : {1u, 2u, 3u, 4u, 5u, 7u, 13u})
-                for (bool inPlace : {false, true}) {
-                    if (inPlace && !canInPlace) continue;
+                for (int variant = 0; variant < 4; ++variant) {
+                    const bool inPlace = variant & 1, apart = variant & 2;
+                    if ((inPlace && !canInPlace) || (apart && lay == "P") || (!apart && lay == "L")) continue;
                     vt::Dims d = vt::dimsOf(*e, 5, count);
                     if (!e->size && d.v.count("height")) d.set("height", 3);
                     vt::Draw draw{count % 2 ? vt::Data::Special : vt::Data::Random, seed++};
-                    for (const char* n : {"src", "src1", "src2", "dst"}) draw.options[n].tight = draw.options[n].run = true;
+                    for (const char* n : {"src", "src1", "src2", "dst"}) {
+                        draw.options[n].tight = !apart;
+                        draw.options[n].tightRows = draw.options[n].run = true;
+                    }
                     if (inPlace) draw.aliasDst = e->operands[0].name;
-                    EXPECT_EQ(vt::verifyEntry(*e, d, draw), "")
-                        << e->name << " count " << count << (inPlace ? " in place" : "");
+                    EXPECT_EQ(vt::verifyEntry(*e, d, draw), "") << e->name << " count " << count
+                                                                << (inPlace ? " in place" : "") << (apart ? " apart" : "");
                 }
         }
 }

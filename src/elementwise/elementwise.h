@@ -120,41 +120,84 @@ struct Same {
     T at(uint32_t, uint32_t) const { return v; }
     sse::R four(uint32_t, uint32_t) const { return sse::broadcast(v); }
 };
-// One object's P elements repeated to G = lcm(P, 4), so that four lanes never wrap.
+// One object's P elements repeated to G elements (32f: G = lcm(P, 4), so that four
+// lanes never wrap; 64f: G = P), aligned so that a cycle's lanes are aligned loads.
 template <class T, uint32_t G>
 struct Cycle {
-    T e[G];
+    alignas(16) T e[G];
     T at(uint32_t, uint32_t j) const { return e[j]; }
-    sse::R four(uint32_t, uint32_t j) const { return sse::load4u(e + j); }
+    sse::R four(uint32_t, uint32_t j) const { return sse::load4a(e + j); }
 };
 
 constexpr uint32_t gcd(uint32_t a, uint32_t b) { return b ? gcd(b, a % b) : a; }
-constexpr uint32_t cycleOf(uint32_t p) { return p ? p / gcd(p, 4) * 4 : 0; }
+template <class T>
+constexpr uint32_t cycleOf(uint32_t p) { return sizeof(T) == 4 && p ? p / gcd(p, 4) * 4 : p; }
 
 template <class T, uint32_t P, uint32_t G, class O>
 Cycle<T, G> repeat(const O& o, uint32_t cols)
 {
     Cycle<T, G> c;
-    for (uint32_t i = 0; i < G; ++i) c.e[i] = *o.at(i % P / cols, i % P % cols);
+    for (uint32_t i = 0; i < P / cols; ++i)
+        for (uint32_t j = 0; j < cols; ++j) c.e[i * cols + j] = *o.at(i, j);
+    for (uint32_t i = P; i < G; ++i) c.e[i] = c.e[i - P];
     return c;
 }
 
+// n elements from m on, with the pattern at j (no wrap: j + n <= G where G > 0).
+template <class Op, class T, class X, class Y>
+[[gnu::always_inline]] inline void stretch(T* d, const X& x, const Y& y, uint32_t m, uint32_t j, uint32_t n)
+{
+    uint32_t q = 0;
+    if constexpr (sizeof(T) == 4) {
+#pragma GCC unroll 2
+        for (; n - q >= 4; q += 4) sse::store4u(d + m + q, Op::p(x.four(m + q, j + q), y.four(m + q, j + q)));
+    }
+#pragma GCC unroll 4
+    for (; q < n; ++q) apply<Op>(d + m + q, x.at(m + q, j + q), y.at(m + q, j + q));
+}
+
+// The pass over n elements. With a repeating source (G > 0) it goes a whole cycle at
+// a time, unrolled, so that each of the cycle's lanes sits at a fixed place.
 template <class Op, uint32_t G, class T, class X, class Y>
 [[gnu::always_inline]] inline void pass(T* d, const X& x, const Y& y, uint32_t n)
 {
-    uint32_t m = 0, j = 0;
-    if constexpr (sizeof(T) == 4) {
-#pragma GCC unroll 2
-        for (; n - m >= 4; m += 4) {
-            sse::store4u(d + m, Op::p(x.four(m, j), y.four(m, j)));
-            if (G > 4 && (j += 4) == G) j = 0;
+    uint32_t m = 0;
+    if constexpr (G > 0) {
+        for (; n - m >= G; m += G) {
+            if constexpr (sizeof(T) == 4) {
+#pragma GCC unroll 32
+                for (uint32_t q = 0; q < G; q += 4) sse::store4u(d + m + q, Op::p(x.four(m + q, q), y.four(m + q, q)));
+            } else {
+#pragma GCC unroll 64
+                for (uint32_t q = 0; q < G; ++q) apply<Op>(d + m + q, x.at(m + q, q), y.at(m + q, q));
+            }
         }
     }
-#pragma GCC unroll 4
-    for (; m < n; ++m) {
-        apply<Op>(d + m, x.at(m, j), y.at(m, j));
-        if (G && ++j == G) j = 0;
-    }
+    stretch<Op>(d, x, y, m, 0, n - m);
+}
+
+// Objects that are each one run (rows of cols elements with nothing between them),
+// wherever the objects themselves lie: List objects, or Contiguous ones with room
+// between them.
+template <class V>
+bool objectRun(const V& v, uint32_t rows, uint32_t cols)
+{
+    using T = typename V::Elem;
+    if constexpr (IsElemTable<V>::value || isTr<V>)
+        return false;
+    else
+        return v.es == sizeof(T) && (rows == 1 || v.rs == static_cast<int32_t>(cols * sizeof(T)));
+}
+
+// One object of P elements that is a run, as one unrolled pass from its first element.
+template <class Op, uint32_t P, class T, class X, class Y>
+[[gnu::always_inline]] inline void object(T* d, const X& x, const Y& y)
+{
+    constexpr uint32_t packed = sizeof(T) == 4 ? P / 4 * 4 : 0;
+#pragma GCC unroll 16
+    for (uint32_t q = 0; q < packed; q += 4) sse::store4u(d + q, Op::p(x.four(q, q), y.four(q, q)));
+#pragma GCC unroll 16
+    for (uint32_t q = packed; q < P; ++q) apply<Op>(d + q, x.at(q, q), y.at(q, q));
 }
 
 template <class V> constexpr bool isValue = std::is_arithmetic_v<V>;
@@ -201,7 +244,7 @@ template <class Op, uint32_t P, int Single, class A, class B, class D>
         return true;
     } else {
         // Object after object; a single object repeats with period P.
-        constexpr uint32_t G = single ? cycleOf(P) : 0;
+        constexpr uint32_t G = single ? cycleOf<T>(P) : 0;
         const uint32_t n = count * size;
         auto cycle = [&](const auto& v) { return repeat<T, P, G>(only(v), cols); };
         auto withB = [&](const auto& x) {
