@@ -43,4 +43,25 @@ TEST(DenseRuns, ElementWiseArraysOnRuns)
         }
 }
 
+// Transposed Pointer arrays whose tables are one run move each element's stretch of
+// objects whole: square sizes (fixed and run-time), a non-square run-time call that
+// keeps the object loop, counts around the four-lane boundary, special data (64f
+// signalling NaNs arrive quiet, as in the object loop).
+TEST(DenseRuns, TransposedPointerArraysOnRuns)
+{
+    unsigned seed = 5;
+    for (const auto* e : vt::entries("Transpose", [](const CatalogueEntry& x) {
+             return std::string_view(x.code) == "ma" && std::string_view(x.layout) == "P";
+         }))
+        for (uint32_t count : {1u, 3u, 4u, 5u, 13u})
+            for (uint32_t width : {4u, 3u}) {
+                if (e->size && width != 4) continue;
+                vt::Dims d = vt::dimsOf(*e, 4, count);
+                if (!e->size) d.set("width", width);
+                vt::Draw draw{count % 2 ? vt::Data::Special : vt::Data::Random, seed++};
+                for (const char* n : {"src", "dst"}) draw.options[n].run = true;
+                EXPECT_EQ(vt::verifyEntry(*e, d, draw), "") << e->name << " count " << count << " width " << width;
+            }
+}
+
 }  // namespace

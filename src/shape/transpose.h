@@ -5,6 +5,7 @@
 // fixed sizes in Contiguous and List layout, which move two-by-two tiles (tiles.h).
 #pragma once
 
+#include "../frame/sse.h"
 #include "move.h"
 #include "tiles.h"
 
@@ -40,6 +41,37 @@ template <bool Entries, class S, class D>
     return true;
 }
 
+// Pointer arrays of square matrices whose tables are each one run (element after
+// element, the objects of an element E bytes apart; run() in operand.h), and whose
+// runs lie apart: element (i, j)'s stretch of count objects moves whole into dst's
+// (j, i), four 32f lanes at a time. Every element makes the same move as in the
+// object loop, and no byte is both read and written, so the result is the same.
+template <class S, class D>
+bool stretches(const S& s, const D& d, uint32_t n, uint32_t count)
+{
+    if constexpr (!IsElemTable<S>::value) {
+        return false;
+    } else {
+        using T = typename D::Elem;
+        if (n >= 0x8000 || count > UINT32_MAX / (n * n * sizeof(T))) return false;
+        const T* from = s.run(n, n, count);
+        T* to = d.run(n, n, count);
+        const uintptr_t bytes = static_cast<uintptr_t>(count) * n * n * sizeof(T);
+        auto at = [](const void* p) { return reinterpret_cast<uintptr_t>(p); };
+        if (!from || !to || !(Extent{at(from), at(from) + bytes}.apart({at(to), at(to) + bytes}))) return false;
+        for (uint32_t i = 0; i < n; ++i)
+            for (uint32_t j = 0; j < n; ++j) {
+                const T* x = from + (i * n + j) * count;
+                T* y = to + (j * n + i) * count;
+                uint32_t k = 0;
+                if constexpr (sizeof(T) == 4)
+                    for (; count - k >= 4; k += 4) sse::store4u(y + k, sse::load4u(x + k));
+                for (; k < count; ++k) shape::move(y + k, x + k);
+            }
+        return true;
+    }
+}
+
 // The 32f fixed sizes whose rows lie E bytes apart move tiles.
 template <class T, int N, Lay L>
 constexpr bool tiled = sizeof(T) == 4 && N > 0 && adjacent(L);
@@ -70,8 +102,9 @@ struct Impl {
         } else {
             shapePointers(s, d, w, h);
             const uint32_t W = N ? N : w, H = N ? N : h;
-            return arrayCall(N == 0 && (w == 0 || h == 0), W * H, count, nothing,
-                             [&](uint32_t k) { object<false>(s, d, k, W, H); }, s, d);
+            auto whole = [&] { return W == H && stretches(s, d, W, count); };
+            return arrayCallWhole(N == 0 && (w == 0 || h == 0), W * H, count, nothing, whole,
+                                  [&](uint32_t k) { object<false>(s, d, k, W, H); }, s, d);
         }
     }
 };
