@@ -32,8 +32,8 @@ TARGETS = [
     ("mul_mama_3x3_32f", "3x3 by 3x3 32f", "Eigen 7.5", 3.4),
     ("mul_mama_4x4_32f", "4x4 by 4x4 32f", "plain -O3 10.9", 5.5),
     ("mul_mama_6x6_32f", "6x6 by 6x6 32f", "plain -O3 53", 23),
-    ("inv_4x4_32f", "4x4 inverse 32f", "Eigen 38", 12),
-    ("det_4x4", "4x4 determinant", "Eigen 7.1", None),
+    ("invert_4x4_32f", "4x4 inverse 32f", "Eigen 38", 12),
+    ("det_4x4_32f", "4x4 determinant 32f", "Eigen 7.1", None),
     ("chol_4x4_32f", "4x4 Cholesky 32f", "plain -O3 20", None),
     ("lu_solve_6x6_64f", "6x6 LU solve 64f", "plain -O3 189", 150),
 ]

@@ -1,8 +1,12 @@
 // Matrix by vector and gaxpy beyond what the catalogue-wide tests check against
 // the models: trees that differ from the left-to-right sums, the short and long
 // scans of non-square transposed calls, entries tested as they are reached (and the
-// transposed matrix's running index), gaxpy's dst on src3, and aligned operands.
+// transposed matrix's running index), gaxpy's dst on src3, dst on the vector, and
+// aligned operands.
 #include <gtest/gtest.h>
+
+#include <cstring>
+#include <random>
 
 #include "harness.h"
 
@@ -126,6 +130,29 @@ TEST(Gaxpy, DstOnSrc3)
         if (vt::isF32(*e)) run(0.0f); else run(0.0);
     }
     EXPECT_EQ(checked, 90);
+}
+
+// 64f dst on the vector: every partial sum is stored as it arises and read back as
+// an element of the vector; the sums are stored once only where dst lies apart. Two
+// objects of a matrix array against the one vector, dst on the vector and past it.
+TEST(MatVec, DstOnTheVectorReadsThePartialSums)
+{
+    std::mt19937 rng(95);
+    double m[32], x[8], want[8];
+    for (double& v : m) v = vt::randomValue<double>(rng);
+    for (double& v : x) v = vt::randomValue<double>(rng);
+    std::memcpy(want, x, sizeof x);
+    for (int k = 0; k < 2; ++k)
+        for (int i = 0; i < 4; ++i) {
+            long double s = 0;
+            want[4 * k + i] = 0;
+            for (int n = 0; n < 4; ++n) {
+                s = s + static_cast<long double>(m[16 * k + 4 * i + n]) * want[n];
+                want[4 * k + i] = vt::roundToDouble(s);
+            }
+        }
+    ASSERT_EQ(vorxMul_mav_64f_4x4(m, 128, 32, x, x, 32, 2), vorxStatusOk);
+    for (int n = 0; n < 8; ++n) EXPECT_TRUE(sameBits(x[n], want[n])) << n;
 }
 
 // Every operand on 16 bytes (pointers, strides, list entries): the forms with an

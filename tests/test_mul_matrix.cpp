@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <limits>
 
 #include "harness.h"
 
@@ -205,6 +206,32 @@ TEST(MulMatrix, SignOfAZeroSum)
     c.s.op("src1").fill([](uint32_t, uint32_t, uint32_t) { return -0.0f; });
     ASSERT_EQ(c.s.call(), vorxStatusOk);
     EXPECT_FALSE(std::signbit(c.s.op("dst").get(1, 1, 2)));
+}
+
+// Every 64f element starts from +0.0, also where the sum is held in a register and
+// stored once: all products -0.0 give +0.0, and a sum of -denorm_min (whose sign
+// and exponent word is that of -0.0) stays what it is. The same for matrix by vector.
+TEST(MulMatrix, SignOfAZeroSum64f)
+{
+    const double tiny = -std::numeric_limits<double>::denorm_min();
+    for (const char* code : {"mm", "mama", "mamT", "mv", "mav"})
+        for (unsigned n : {0u, 3u, 4u, 5u, 6u})
+            for (const char* lay : {"", "_S2"}) {
+                std::string name = std::string("vorxMul_") + code + "_64f";
+                if (n) name += "_" + std::to_string(n) + "x" + std::to_string(n);
+                const CatalogueEntry& e = byName(name + lay);
+                Case<double> c(e, vt::dimsOf(e, n ? n : 4, 2), 72);
+                c.s.op("src1").fill([](uint32_t, uint32_t, uint32_t) { return 0.0; });
+                c.s.op("src2").fill([](uint32_t, uint32_t, uint32_t) { return -1.5; });
+                ASSERT_EQ(c.s.call(), vorxStatusOk);
+                const auto& dst = c.s.op("dst");
+                uint32_t last = dst.count() - 1, i = dst.rows() - 1, j = dst.cols() - 1;
+                EXPECT_FALSE(std::signbit(dst.get(last, i, j))) << e.name;
+                c.s.op("src1").fill([&](uint32_t, uint32_t, uint32_t j) { return j ? 0.0 : tiny; });
+                c.s.op("src2").fill([](uint32_t, uint32_t, uint32_t) { return 1.0; });
+                ASSERT_EQ(c.s.call(), vorxStatusOk);
+                EXPECT_EQ(dst.get(last, i, j), tiny) << e.name;
+            }
 }
 
 // The Contiguous run-time mmT runs C over src2Height and K over src2Width; the

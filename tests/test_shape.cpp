@@ -50,6 +50,11 @@ TEST(Trace, AllMinusZeroDiagonalGivesMinusZeroOnlyWhereTheSumStartsFromTheFirstE
             ASSERT_EQ(predicted(s), "") << e->name;
             for (uint32_t k = 0; k < s.objects(); ++k)
                 EXPECT_EQ(negative(s.op("dst").get(0, 0, k)), packed32(*e)) << e->name;
+            // A sum of -denorm_min, whose sign and exponent word is that of -0.0.
+            const T tiny = -std::numeric_limits<T>::denorm_min();
+            for (uint32_t k = 0; k < s.objects(); ++k) s.op("src").set(k, 0, 0, tiny);
+            ASSERT_EQ(predicted(s), "") << e->name;
+            EXPECT_EQ(s.op("dst").get(0, 0, 0), tiny) << e->name;
         });
 }
 

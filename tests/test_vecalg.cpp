@@ -7,6 +7,7 @@
 #include <sys/mman.h>
 
 #include <cmath>
+#include <limits>
 
 #include "harness.h"
 
@@ -149,6 +150,27 @@ TEST(VecAlg, NormRegimesAtZeroDenormalAndInfiniteSums)
             }
         }
     }
+}
+
+// Every 64f dot product sums from +0.0: all products -0.0 give +0.0, and a sum of
+// -denorm_min (the sign and exponent word of -0.0) stays what it is.
+TEST(VecAlg, DotProducts64fZeroAndTinySums)
+{
+    const double tiny = -std::numeric_limits<double>::denorm_min();
+    unsigned seed = 90;
+    auto dots = vt::entries("DotProduct", [](const CatalogueEntry& e) { return !vt::isF32(e); });
+    for (const auto* p : dots) {
+        const CatalogueEntry& e = *p;
+        std::string_view name = e.name;
+        for (double x : {0.0, tiny}) {
+            auto s = vt::Specimen<double>::make(e, vt::dimsOf(e, 4, 3), Draw{vt::Data::Random, seed++});
+            s.op("src1").fill([&](uint32_t, uint32_t, uint32_t j) { return j == 0 ? x : 0.0; });
+            s.op("src2").fill([&](uint32_t, uint32_t, uint32_t) { return x == 0.0 ? -1.5 : 1.0; });
+            EXPECT_EQ(vt::verify(modelOf(e), s), "") << name;
+            EXPECT_TRUE(vt::sameBits(s.op("dst").get(0, 0, 0), x)) << name;
+        }
+    }
+    EXPECT_EQ(dots.size(), 75u);
 }
 
 // The fast path with dst one element behind or ahead of a source: the ascending loop,

@@ -127,6 +127,13 @@ struct Direct {
     int32_t os, rs, es;
     const void* top() const { return x; }
     Obj<T> object(intptr_t k) const { return {byteAt(x, k * os), rs, es}; }
+    // The bytes that `count` objects of rows x cols elements span: all of them lie
+    // between the first and the last.
+    Extent span(uint32_t count, uint32_t rows, uint32_t cols) const
+    {
+        Extent a = object(0).extent(rows, cols), b = object(count - 1).extent(rows, cols);
+        return {a.lo < b.lo ? a.lo : b.lo, a.hi > b.hi ? a.hi : b.hi};
+    }
     Direct withShape(uint32_t, uint32_t) const { return *this; }
     T* at(uint32_t k, uint32_t i, uint32_t j) const
     {
@@ -229,6 +236,11 @@ struct Tr {
     V v;
     const void* top() const { return v.top(); }
     auto object(intptr_t k) const { return TrObj<decltype(v.object(k))>{v.object(k)}; }
+    Extent span(uint32_t count, uint32_t rows, uint32_t cols) const
+        requires requires { v.span(count, cols, rows); }
+    {
+        return v.span(count, cols, rows);
+    }
     bool entry(uint32_t n) const { return v.entry(n); }
     Tr withShape(uint32_t rows, uint32_t cols) const { return {v.withShape(cols, rows)}; }
     Elem* at(uint32_t k, uint32_t i, uint32_t j) const { return v.at(k, j, i); }

@@ -7,7 +7,8 @@
 //   Running    every other member sets its result to +0.0, then stores the running
 //              sum after every addition (+0 for an all -0 diagonal). In 64f the sum
 //              stays at register width and each store takes a rounded copy, so the
-//              final result is rounded once.
+//              final result is rounded once. 64f arrays whose results lie apart from
+//              the matrices run as FromFirst and mend the sign (`quietArray`).
 #pragma once
 
 #include <type_traits>
@@ -63,6 +64,30 @@ struct Running {
     }
 };
 
+// 64f arrays whose results share no byte with any of the matrices: nothing reads
+// the running stores back, so each sum starts from a00, is stored once and has the
+// sign of a zero sum mended (`mendZeroStart`). Contiguous and Strided arrays only,
+// whose objects all lie in their span.
+template <class S>
+bool quietArray(const S& s, uint32_t n, double* d, uint32_t count)
+{
+    if constexpr (requires { s.span(count, n, n); }) {
+        uintptr_t at = reinterpret_cast<uintptr_t>(d);
+        if (!s.span(count, n, n).apart({at, at + count * sizeof(double)})) return false;
+        auto c = s.first();
+        for (uint32_t k = 0; k < count; ++k, c.next()) {
+            auto o = c.obj();
+            long double t = wide(*o.at(0, 0));
+#pragma GCC unroll 6
+            for (uint32_t i = 1; i < n; ++i) t = t + wide(*o.at(i, i));
+            d[k] = static_cast<double>(t);
+            mendZeroStart(d + k);
+        }
+        return true;
+    }
+    return false;
+}
+
 template <class T, int N, Lay L>
 struct Impl {
     static constexpr bool fromFirst = sizeof(T) == 4 && N > 0 && adjacent(L);
@@ -86,8 +111,12 @@ struct Impl {
         if (!d) return kNull;
         s = s.withShape(n, n);
         const uint32_t size = N ? N : n;
-        return arrayCall(N == 0 && n == 0, size, count, nothing,
-                         [&](uint32_t k) { Sum<false>::object(s, k, size, d + k); }, s);
+        auto whole = [&] {
+            if constexpr (sizeof(T) == 8) return quietArray(s, size, d, count);
+            return false;
+        };
+        return arrayCallWhole(N == 0 && n == 0, size, count, nothing, whole,
+                              [&](uint32_t k) { Sum<false>::object(s, k, size, d + k); }, s);
     }
 };
 

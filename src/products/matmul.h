@@ -65,10 +65,16 @@ struct SumX87Mem {
 // Where dst shares no memory with the object's sources nothing can read the partial
 // sums that 32f and the register regime store: there each element is stored once,
 // at the end, from the same register (`Quiet`).
+//
+// The quiet sums also start from the first product instead of adding it to +0.0,
+// and mend the sign of a zero sum once the object is stored (`mendZeroStart`, in a
+// pass of its own so that the element loops keep their registers): an add less per
+// element on the x87 unit, which bounds the 64f products.
 struct SumF32Quiet {
     using Quiet = void;
     using Acc = float;
     static float start(float*) { return 0.0f; }
+    static float first(float x, float y) { return sse::mul(x, y); }
     static void step(float& s, float*, float x, float y) { s = sse::add(s, sse::mul(x, y)); }
     static void end(float s, float* p) { *p = s; }
 };
@@ -76,10 +82,28 @@ struct SumX87Quiet {
     using Quiet = void;
     using Acc = long double;
     static long double start(double*) { return 0.0L; }
+    static long double first(double x, double y) { return wide(x) * wide(y); }
     static void step(long double& s, double*, double x, double y) { s = s + wide(x) * wide(y); }
     static void end(long double s, double* p) { *p = static_cast<double>(s); }
 };
+inline void mend(float* p)
+{
+    if (negativeZero(p)) [[unlikely]] *p = sse::add(0.0f, *p);  // as mendZeroStart
+}
+inline void mend(double* p) { mendZeroStart(p); }
 template <class Sum> constexpr bool isQuiet = std::is_same_v<Sum, SumF32Quiet> || std::is_same_v<Sum, SumX87Quiet>;
+
+// Term n of an element's sum, the products' and the matrix by vector's.
+template <class Sum, class S, class T>
+[[gnu::always_inline]] inline void term(S& s, T* p, uint32_t n, T x, T y)
+{
+    if constexpr (isQuiet<Sum>)
+        if (n == 0) {
+            s = Sum::first(x, y);
+            return;
+        }
+    Sum::step(s, p, x, y);
+}
 
 template <class T, Lay L> struct SumFor { using type = SumX87Mem; };
 template <Lay L> struct SumFor<float, L> { using type = SumF32; };
@@ -115,12 +139,18 @@ template <class Sum, bool Entries, int N, class A, class B, class D>
 #pragma GCC unroll 6
             for (uint32_t n = 0; n < (N ? N : K); ++n) {
                 if (Entries && !(readOk(a, i, n) && readOk(b, n, j))) return false;
-                Sum::step(s, p, *a.in(ra, n), *b.at(n, j));
+                term<Sum>(s, p, n, *a.in(ra, n), *b.at(n, j));
             }
             if constexpr (isQuiet<Sum>) Sum::end(s, p);
         }
         ra = a.down(ra);
         rd = d.down(rd);
+    }
+    if constexpr (isQuiet<Sum>) {
+        rd = d.row(0);
+        for (uint32_t i = 0; i < (N ? N : R); ++i, rd = d.down(rd))
+#pragma GCC unroll 6
+            for (uint32_t j = 0; j < (N ? N : C); ++j) mend(d.in(rd, j));
     }
     return true;
 }

@@ -34,26 +34,54 @@ inline void addLast(int, double* p, double y) { *p = roundToDouble(wide(*p) + wi
 // and per k the entries it reads: matrix then vector, gaxpy vector then matrix. A
 // transposed matrix is tested at the running index i*src1Height + k (the one read
 // lies at k*src1Height + i). Returns false at a null entry, what was done standing.
-// Inlined into each body, so that a fixed size unrolls its constant bounds.
-template <class Sum, bool Entries, class A, class B, class Y, class D>
-[[gnu::always_inline]] inline bool rows(uint32_t k, const A& a, const B& b, const Y& y, const D& d, uint32_t R,
-                                        uint32_t K)
+// Inlined into each body, so that a fixed size unrolls its constant bounds. A quiet
+// sum (see `quiet` below) stores each element once and mends the sign of a zero
+// sum after the object. `oa`, `ob`, `od`: object k of the matrix, the vector and
+// dst; the views themselves serve the entry tests and gaxpy's src3.
+template <class Sum, bool Entries, class OA, class OB, class OD, class A, class B, class Y, class D>
+[[gnu::always_inline]] inline bool rows(const OA& oa, const OB& ob, const OD& od, uint32_t k, const A& a, const B& b,
+                                        const Y& y, const D& d, uint32_t R, uint32_t K)
 {
     constexpr bool gaxpy = !__is_same(Y, NoAdd);
 #pragma GCC unroll 6
     for (uint32_t i = 0; i < R; ++i) {
         if (Entries && !((!gaxpy || readOk(y, 0, i)) && readOk(d, 0, i))) return false;
-        auto* p = d.at(k, 0, i);
+        auto* p = od.at(0, i);
         auto s = Sum::start(p);
 #pragma GCC unroll 6
         for (uint32_t n = 0; n < K; ++n) {
             if (Entries && !(gaxpy ? readOk(b, 0, n) && elementOk(a, i, n) : elementOk(a, i, n) && readOk(b, 0, n)))
                 return false;
-            Sum::step(s, p, *a.at(k, i, n), *b.at(k, 0, n));
+            mul::term<Sum>(s, p, n, *oa.at(i, n), *ob.at(0, n));
         }
         if constexpr (gaxpy) addLast(s, p, *y.at(k, 0, i));
+        if constexpr (mul::isQuiet<Sum>) Sum::end(s, p);
     }
+    if constexpr (mul::isQuiet<Sum>)
+#pragma GCC unroll 6
+        for (uint32_t i = 0; i < R; ++i) mul::mend(od.at(0, i));
     return true;
+}
+template <class Sum, bool Entries, class A, class B, class Y, class D>
+[[gnu::always_inline]] inline bool rows(uint32_t k, const A& a, const B& b, const Y& y, const D& d, uint32_t R,
+                                        uint32_t K)
+{
+    return rows<Sum, Entries>(a.object(k), b.object(k), d.object(k), k, a, b, y, d, R, K);
+}
+
+// Where no dst object shares a byte with a matrix or a vector of the call (all of
+// them Contiguous or Strided, so that their spans bound them), nothing reads the
+// partial sums back, and the products' quiet sums store each element once. Not for
+// gaxpy, whose src3 may be dst.
+template <class Sum, class A, class B, class Y, class D>
+bool quiet(const A& a, const B& b, const Y&, const D& d, uint32_t R, uint32_t K, uint32_t count)
+{
+    if constexpr (__is_same(Y, NoAdd) && !std::is_void_v<typename Sum::Quiet> &&
+                  requires { d.span(count, 1u, R), a.span(count, R, K), b.span(count, 1u, K); }) {
+        Extent e = d.span(count, 1, R);
+        return e.apart(a.span(count, R, K)) && e.apart(b.span(count, 1, K));
+    }
+    return false;
 }
 
 // One body for both families. `T1`: src1 read transposed; `ArrM`, `ArrV`: src1,
@@ -73,7 +101,26 @@ struct Forms {
             return kOk;
         } else {
             a = a.withShape(R, K);
-            return rows<Sum, L == Lay::P>(0, a, b, y, d.withShape(1, R), R, K) ? kOk : kNull;
+            auto v = d.withShape(1, R);
+            if constexpr (!std::is_void_v<typename Sum::Quiet>)
+                if (quiet<Sum>(a, b, y, v, R, K, 1)) return rows<typename Sum::Quiet, false>(0, a, b, y, v, R, K), kOk;
+            return rows<Sum, L == Lay::P>(0, a, b, y, v, R, K) ? kOk : kNull;
+        }
+    }
+
+    // Every object with the quiet sums, where `quiet` allows them.
+    template <class A, class B, class Y, class D>
+    static bool quietArray(const A& a, const B& b, const Y& y, const D& d, uint32_t R, uint32_t K, uint32_t count)
+    {
+        if constexpr (std::is_void_v<typename Sum::Quiet> || !__is_same(Y, NoAdd)) {
+            return false;
+        } else {
+            if (!quiet<Sum>(a, b, y, d, R, K, count)) return false;
+            auto object = [&](uint32_t k, const auto& oa, const auto& ob, const auto& od) {
+                rows<typename Sum::Quiet, false>(oa, ob, od, k, a, b, y, d, R, K);
+            };
+            eachObject(count, object, first(a), first(b), first(d));
+            return true;
         }
     }
 
@@ -90,7 +137,8 @@ struct Forms {
             if (!(tableOk(a, R * K) && tableOk(b, entriesB) && tableOk(y, R) && tableOk(d, entriesD)))
                 return kNull;
             auto object = [&](uint32_t k) { rows<Sum, false>(k, a, b, y, d, R, K); };
-            return arrayCall(false, 0, count, nothing, object, a, b, y, d);
+            auto whole = [&] { return quietArray(a, b, y, d, R, K, count); };
+            return arrayCallWhole(false, 0, count, nothing, whole, object, a, b, y, d);
         }
     }
 };
