@@ -156,23 +156,27 @@ template <class Op, class T, class X, class Y>
     for (; q < n; ++q) apply<Op>(d + m + q, x.at(m + q, j + q), y.at(m + q, j + q));
 }
 
+// P elements from m on, with the pattern from its start, as one unrolled pass: one
+// object that is a run, or one cycle of a repeating source.
+template <class Op, uint32_t P, class T, class X, class Y>
+[[gnu::always_inline]] inline void object(T* d, const X& x, const Y& y, uint32_t m = 0)
+{
+    constexpr uint32_t packed = sizeof(T) == 4 ? P / 4 * 4 : 0;
+    if constexpr (packed > 0)
+#pragma GCC unroll 32
+        for (uint32_t q = 0; q < packed; q += 4) sse::store4u(d + m + q, Op::p(x.four(m + q, q), y.four(m + q, q)));
+#pragma GCC unroll 64
+    for (uint32_t q = packed; q < P; ++q) apply<Op>(d + m + q, x.at(m + q, q), y.at(m + q, q));
+}
+
 // The pass over n elements. With a repeating source (G > 0) it goes a whole cycle at
 // a time, unrolled, so that each of the cycle's lanes sits at a fixed place.
 template <class Op, uint32_t G, class T, class X, class Y>
 [[gnu::always_inline]] inline void pass(T* d, const X& x, const Y& y, uint32_t n)
 {
     uint32_t m = 0;
-    if constexpr (G > 0) {
-        for (; n - m >= G; m += G) {
-            if constexpr (sizeof(T) == 4) {
-#pragma GCC unroll 32
-                for (uint32_t q = 0; q < G; q += 4) sse::store4u(d + m + q, Op::p(x.four(m + q, q), y.four(m + q, q)));
-            } else {
-#pragma GCC unroll 64
-                for (uint32_t q = 0; q < G; ++q) apply<Op>(d + m + q, x.at(m + q, q), y.at(m + q, q));
-            }
-        }
-    }
+    if constexpr (G > 0)
+        for (; n - m >= G; m += G) object<Op, G>(d, x, y, m);
     stretch<Op>(d, x, y, m, 0, n - m);
 }
 
@@ -189,16 +193,6 @@ bool objectRun(const V& v, uint32_t rows, uint32_t cols)
         return v.es == sizeof(T) && (rows == 1 || v.rs == static_cast<int32_t>(cols * sizeof(T)));
 }
 
-// One object of P elements that is a run, as one unrolled pass from its first element.
-template <class Op, uint32_t P, class T, class X, class Y>
-[[gnu::always_inline]] inline void object(T* d, const X& x, const Y& y)
-{
-    constexpr uint32_t packed = sizeof(T) == 4 ? P / 4 * 4 : 0;
-#pragma GCC unroll 16
-    for (uint32_t q = 0; q < packed; q += 4) sse::store4u(d + q, Op::p(x.four(q, q), y.four(q, q)));
-#pragma GCC unroll 16
-    for (uint32_t q = packed; q < P; ++q) apply<Op>(d + q, x.at(q, q), y.at(q, q));
-}
 
 template <class V> constexpr bool isValue = std::is_arithmetic_v<V>;
 

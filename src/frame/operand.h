@@ -58,6 +58,11 @@ struct Extent {
     uintptr_t lo, hi;
     bool apart(const Extent& o) const { return hi <= o.lo || o.hi <= lo; }
 };
+inline Extent bytesAt(const void* p, uintptr_t bytes)
+{
+    uintptr_t at = reinterpret_cast<uintptr_t>(p);
+    return {at, at + bytes};
+}
 
 // One object of a Direct or List operand: its first element, rows rs apart,
 // elements es apart.

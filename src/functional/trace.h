@@ -8,7 +8,7 @@
 //              sum after every addition (+0 for an all -0 diagonal). In 64f the sum
 //              stays at register width and each store takes a rounded copy, so the
 //              final result is rounded once. 64f arrays whose results lie apart from
-//              the matrices run as FromFirst and mend the sign (`quietArray`).
+//              the matrices run as FromFirst, which mends the sign (`quietArray`).
 #pragma once
 
 #include <type_traits>
@@ -28,6 +28,18 @@ struct FromFirst {
 #pragma GCC unroll 6
         for (uint32_t i = 1; i < n; ++i) s = sse::add(s, *v.at(k, i, i));
         *d = s;
+        return true;
+    }
+    // 64f where the results lie apart from the matrices (`quietArray`): the same
+    // start and one store, with the sign of a zero sum mended (`mendZeroStart`).
+    template <class V>
+    static bool object(const V& v, uint32_t k, uint32_t n, double* d)
+    {
+        long double s = wide(*v.at(k, 0, 0));
+#pragma GCC unroll 6
+        for (uint32_t i = 1; i < n; ++i) s = s + wide(*v.at(k, i, i));
+        *d = static_cast<double>(s);
+        mendZeroStart(d);
         return true;
     }
 };
@@ -65,24 +77,15 @@ struct Running {
 };
 
 // 64f arrays whose results share no byte with any of the matrices: nothing reads
-// the running stores back, so each sum starts from a00, is stored once and has the
-// sign of a zero sum mended (`mendZeroStart`). Contiguous and Strided arrays only,
-// whose objects all lie in their span.
+// the running stores back, so every object runs as FromFirst. Contiguous and
+// Strided arrays only, whose objects all lie in their span.
 template <class S>
 bool quietArray(const S& s, uint32_t n, double* d, uint32_t count)
 {
     if constexpr (requires { s.span(count, n, n); }) {
-        uintptr_t at = reinterpret_cast<uintptr_t>(d);
-        if (!s.span(count, n, n).apart({at, at + count * sizeof(double)})) return false;
-        auto c = s.first();
-        for (uint32_t k = 0; k < count; ++k, c.next()) {
-            auto o = c.obj();
-            long double t = wide(*o.at(0, 0));
-#pragma GCC unroll 6
-            for (uint32_t i = 1; i < n; ++i) t = t + wide(*o.at(i, i));
-            d[k] = static_cast<double>(t);
-            mendZeroStart(d + k);
-        }
+        if (!s.span(count, n, n).apart(bytesAt(d, count * sizeof(double)))) return false;
+        const S v = s;  // a copy the stores cannot touch, held in registers
+        for (uint32_t k = 0; k < count; ++k) FromFirst::object(v, k, n, d + k);
         return true;
     }
     return false;

@@ -91,6 +91,15 @@ inline void mend(float* p)
     if (negativeZero(p)) [[unlikely]] *p = sse::add(0.0f, *p);  // as mendZeroStart
 }
 inline void mend(double* p) { mendZeroStart(p); }
+// The mending pass over an object of R x C elements that a quiet sum has stored.
+template <int N, class O>
+[[gnu::always_inline]] inline void mendObject(const O& o, uint32_t R, uint32_t C)
+{
+    auto r = o.row(0);
+    for (uint32_t i = 0; i < (N ? N : R); ++i, r = o.down(r))
+#pragma GCC unroll 6
+        for (uint32_t j = 0; j < (N ? N : C); ++j) mend(o.in(r, j));
+}
 template <class Sum> constexpr bool isQuiet = std::is_same_v<Sum, SumF32Quiet> || std::is_same_v<Sum, SumX87Quiet>;
 
 // Term n of an element's sum, the products' and the matrix by vector's.
@@ -146,12 +155,7 @@ template <class Sum, bool Entries, int N, class A, class B, class D>
         ra = a.down(ra);
         rd = d.down(rd);
     }
-    if constexpr (isQuiet<Sum>) {
-        rd = d.row(0);
-        for (uint32_t i = 0; i < (N ? N : R); ++i, rd = d.down(rd))
-#pragma GCC unroll 6
-            for (uint32_t j = 0; j < (N ? N : C); ++j) mend(d.in(rd, j));
-    }
+    if constexpr (isQuiet<Sum>) mendObject<N>(d, R, C);
     return true;
 }
 

@@ -35,7 +35,7 @@ inline void addLast(int, double* p, double y) { *p = roundToDouble(wide(*p) + wi
 // transposed matrix is tested at the running index i*src1Height + k (the one read
 // lies at k*src1Height + i). Returns false at a null entry, what was done standing.
 // Inlined into each body, so that a fixed size unrolls its constant bounds. A quiet
-// sum (see `quiet` below) stores each element once and mends the sign of a zero
+// sum (see `Forms::quiet`) stores each element once and mends the sign of a zero
 // sum after the object. `oa`, `ob`, `od`: object k of the matrix, the vector and
 // dst; the views themselves serve the entry tests and gaxpy's src3.
 template <class Sum, bool Entries, class OA, class OB, class OD, class A, class B, class Y, class D>
@@ -69,21 +69,6 @@ template <class Sum, bool Entries, class A, class B, class Y, class D>
     return rows<Sum, Entries>(a.object(k), b.object(k), d.object(k), k, a, b, y, d, R, K);
 }
 
-// Where no dst object shares a byte with a matrix or a vector of the call (all of
-// them Contiguous or Strided, so that their spans bound them), nothing reads the
-// partial sums back, and the products' quiet sums store each element once. Not for
-// gaxpy, whose src3 may be dst.
-template <class Sum, class A, class B, class Y, class D>
-bool quiet(const A& a, const B& b, const Y&, const D& d, uint32_t R, uint32_t K, uint32_t count)
-{
-    if constexpr (__is_same(Y, NoAdd) && !std::is_void_v<typename Sum::Quiet> &&
-                  requires { d.span(count, 1u, R), a.span(count, R, K), b.span(count, 1u, K); }) {
-        Extent e = d.span(count, 1, R);
-        return e.apart(a.span(count, R, K)) && e.apart(b.span(count, 1, K));
-    }
-    return false;
-}
-
 // One body for both families. `T1`: src1 read transposed; `ArrM`, `ArrV`: src1,
 // src2 are arrays; `Y`: gaxpy's src3 (NoAdd for matrix by vector); `Branch`: the
 // fixed sizes (bit N) with the alignment branch, per layout.
@@ -102,20 +87,24 @@ struct Forms {
         } else {
             a = a.withShape(R, K);
             auto v = d.withShape(1, R);
-            if constexpr (!std::is_void_v<typename Sum::Quiet>)
-                if (quiet<Sum>(a, b, y, v, R, K, 1)) return rows<typename Sum::Quiet, false>(0, a, b, y, v, R, K), kOk;
+            if (quiet(a, b, y, v, R, K, 1)) return kOk;
             return rows<Sum, L == Lay::P>(0, a, b, y, v, R, K) ? kOk : kNull;
         }
     }
 
-    // Every object with the quiet sums, where `quiet` allows them.
+    // Where no dst object shares a byte with a matrix or a vector of the call (all
+    // of them Contiguous or Strided, so that their spans bound them), nothing reads
+    // the partial sums back: every object runs with the products' quiet sums, which
+    // store each element once. Not for gaxpy, whose src3 may be dst.
     template <class A, class B, class Y, class D>
-    static bool quietArray(const A& a, const B& b, const Y& y, const D& d, uint32_t R, uint32_t K, uint32_t count)
+    static bool quiet(const A& a, const B& b, const Y& y, const D& d, uint32_t R, uint32_t K, uint32_t count)
     {
-        if constexpr (std::is_void_v<typename Sum::Quiet> || !__is_same(Y, NoAdd)) {
+        if constexpr (std::is_void_v<typename Sum::Quiet> || !__is_same(Y, NoAdd) ||
+                      !requires { d.span(count, 1u, R), a.span(count, R, K), b.span(count, 1u, K); }) {
             return false;
         } else {
-            if (!quiet<Sum>(a, b, y, d, R, K, count)) return false;
+            Extent e = d.span(count, 1, R);
+            if (!(e.apart(a.span(count, R, K)) && e.apart(b.span(count, 1, K)))) return false;
             auto object = [&](uint32_t k, const auto& oa, const auto& ob, const auto& od) {
                 rows<typename Sum::Quiet, false>(oa, ob, od, k, a, b, y, d, R, K);
             };
@@ -137,7 +126,7 @@ struct Forms {
             if (!(tableOk(a, R * K) && tableOk(b, entriesB) && tableOk(y, R) && tableOk(d, entriesD)))
                 return kNull;
             auto object = [&](uint32_t k) { rows<Sum, false>(k, a, b, y, d, R, K); };
-            auto whole = [&] { return quietArray(a, b, y, d, R, K, count); };
+            auto whole = [&] { return quiet(a, b, y, d, R, K, count); };
             return arrayCallWhole(false, 0, count, nothing, whole, object, a, b, y, d);
         }
     }

@@ -57,8 +57,7 @@ bool stretches(const S& s, const D& d, uint32_t n, uint32_t count)
         const T* from = s.run(n, n, count);
         T* to = d.run(n, n, count);
         const uintptr_t bytes = static_cast<uintptr_t>(count) * n * n * sizeof(T);
-        auto at = [](const void* p) { return reinterpret_cast<uintptr_t>(p); };
-        if (!from || !to || !(Extent{at(from), at(from) + bytes}.apart({at(to), at(to) + bytes}))) return false;
+        if (!from || !to || !bytesAt(from, bytes).apart(bytesAt(to, bytes))) return false;
         for (uint32_t i = 0; i < n; ++i)
             for (uint32_t j = 0; j < n; ++j) {
                 const T* x = from + (i * n + j) * count;

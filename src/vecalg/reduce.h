@@ -27,17 +27,17 @@ template <class T> struct Acc;
 template <>
 struct Acc<float> {
     float s = 0.0f;
-    void add(float x, float y) { s = sse::add(s, sse::mul(x, y)); }
+    void add(uint32_t, float x, float y) { s = sse::add(s, sse::mul(x, y)); }
     float sum() const { return s; }
     float root() const { return lanes::exactRoot(s); }
 };
-// 64f starts from the first product and has a zero dot product's sign mended as it
-// is stored (`mendZeroStart`); a sum of squares is never -0.0.
+// Term j of the sum. 64f starts from the first product and has a zero dot
+// product's sign mended as it is stored (`mendZeroStart`); a sum of squares is
+// never -0.0.
 template <>
 struct Acc<double> {
     long double s = 0;
-    void first(double x, double y) { s = wide(x) * wide(y); }
-    void add(double x, double y) { s = s + wide(x) * wide(y); }
+    void add(uint32_t j, double x, double y) { s = j ? s + wide(x) * wide(y) : wide(x) * wide(y); }
     long double sum() const { return s; }
     long double root() const { return __builtin_sqrtl(s); }
 };
@@ -59,12 +59,7 @@ bool objectSum(T& out, uint32_t k, uint32_t len, const V&... v)
     for (uint32_t j = 0; j < (N ? N : len); ++j) {
         if (Test && !(readOk(v, 0, j) && ...)) return false;
         const T x[] = {at(v, j)...};
-        if constexpr (requires { s.first(x[0], x[0]); })
-            if (j == 0) {
-                s.first(x[0], x[sizeof...(V) - 1]);
-                continue;
-            }
-        s.add(x[0], x[sizeof...(V) - 1]);
+        s.add(j, x[0], x[sizeof...(V) - 1]);
     }
     out = static_cast<T>(Norm ? s.root() : s.sum());  // 64f: the store rounds once
     if constexpr (sizeof(T) == 8 && !Norm) mendZeroStart(&out);
