@@ -8,6 +8,7 @@
 // every element rounded to double by its store.
 #pragma once
 
+#include "../frame/elements.h"
 #include "../frame/sse.h"
 #include "../frame/x87.h"
 
@@ -79,6 +80,34 @@ template <class T, class V>
 inline void take(T& to, const V& v, uint32_t k, uint32_t i, uint32_t j)
 {
     __builtin_memcpy(&to, v.at(k, i, j), sizeof(T));
+}
+
+// The elements of one object (a cursor's `obj()` or a view's `object(k)`), row by
+// row: one step down per row, each element at its offset in the row; f(i, j, p).
+template <int N, class O, class F>
+[[gnu::always_inline]] inline void walk(const O& o, F f)
+{
+    auto r = o.row(0);
+#pragma GCC unroll 6
+    for (int i = 0; i < N; ++i, r = o.down(r))
+#pragma GCC unroll 6
+        for (int j = 0; j < N; ++j) f(i, j, o.in(r, j));
+}
+
+// An object whole into m, or m whole into an object, bit for bit. A 32f copy stays
+// open to the compiler, which may keep elements in registers instead.
+template <class T, int N, class O>
+[[gnu::always_inline]] inline void takeObject(T (&m)[N][N], const O& o)
+{
+    walk<N>(o, [&](int i, int j, const T* p) {
+        if constexpr (sizeof(T) == 4) __builtin_memcpy(&m[i][j], p, sizeof(T));
+        else copyBits(&m[i][j], p);
+    });
+}
+template <class T, int N, class O>
+[[gnu::always_inline]] inline void giveObject(const O& o, const T (&m)[N][N])
+{
+    walk<N>(o, [&](int i, int j, T* p) { copyBits(p, &m[i][j]); });
 }
 
 // Steps 0 to m-2 of the elimination of order m. Each passed pivot goes to `run`;

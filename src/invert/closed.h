@@ -81,9 +81,12 @@ template <class A, class Test, class Src, class Put>
 // as it is computed; d is column 0 of the source against row 0 of dst as stored,
 //   ((a10*dst01 + a20*dst02) + a30*dst03) + a00*dst00,
 // and only after its test does a second pass scale dst by the reciprocal, so a
-// failure leaves the unscaled adjugate.
-template <class A, class Test, class Src, class Put, class Get>
-[[gnu::always_inline]] inline bool inverse4(const Src& src, Put put, Get get)
+// failure leaves the unscaled adjugate. The adjugate goes out through `put` and is
+// read back through `get`, the scaled elements go out through `out`: where dst is
+// apart from the source, the adjugate may wait in a local copy and the caller move
+// it to dst on a failure.
+template <class A, class Test, class Src, class Put, class Get, class Out>
+[[gnu::always_inline]] inline bool inverse4(const Src& src, Put put, Get get, Out out)
 {
     using V = typename A::V;
     auto x = [&](int i, int j) { return V(src(i, j)); };
@@ -108,7 +111,7 @@ template <class A, class Test, class Src, class Put, class Get>
 #pragma GCC unroll 4
     for (int i = 0; i < 4; ++i)
 #pragma GCC unroll 4
-        for (int j = 0; j < 4; ++j) put(i, j, A::mul(V(get(i, j)), r));
+        for (int j = 0; j < 4; ++j) out(i, j, A::mul(V(get(i, j)), r));
     return true;
 }
 

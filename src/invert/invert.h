@@ -45,23 +45,52 @@ struct Fixed {
                 });
             else return packed::inversePivoted<N>(src, dst);
         } else {
-            using A = det::OwnArith<T>;
-            auto put = [&](int i, int j, typename A::V v) { storeTo(d.at(k, i, j), v); };
-            auto a = [&](int i, int j) { return *s.at(k, i, j); };
-            if constexpr (N == 3) return inverse3<A, InsideBand<T>>(a, put);
-            else if constexpr (N == 4)
-                return inverse4<A, InsideBand<T>>(a, put, [&](int i, int j) { return *d.at(k, i, j); });
-            else {
-                // The partitions address columns through a run-time table: the object
-                // first into a local copy, bit for bit.
-                T m[N][N];
-#pragma GCC unroll 6
-                for (int i = 0; i < N; ++i)
-#pragma GCC unroll 6
-                    for (int j = 0; j < N; ++j) elim::take(m[i][j], s, k, i, j);
-                return partitioned<A, T, N, typename FirstBlock<Tag, T, N, L>::Test>(
-                    [&](int i, int j) { return m[i][j]; }, put);
+            return closed(s.object(k), d.object(k));
+        }
+    }
+
+    // Objects whose dst shares no byte with their source are read once into a local
+    // copy, and the 4x4 adjugate waits in another until it is scaled into dst: no
+    // element address is built more than once. Otherwise (and in the Pointer
+    // layouts, whose elements lie anywhere) every read goes to the operands as the
+    // stores leave them. Not the 64f 4x4: with its sources out of reach of its
+    // stores, the compiler holds them across elements on the x87 unit and spills
+    // them at register width, which costs more than the addresses it saves.
+    static constexpr bool kLocal = N == 3 || sizeof(T) == 4;
+    template <class SO, class DO>
+    static bool apart(const SO& so, const DO& dob)
+    {
+        if constexpr (requires { so.extent(N, N); }) return so.extent(N, N).apart(dob.extent(N, N));
+        else return false;
+    }
+
+    template <class SO, class DO>
+    [[gnu::always_inline]] static inline bool closed(const SO& so, const DO& dob)
+    {
+        using A = det::OwnArith<T>;
+        using V = typename A::V;
+        auto put = [&](int i, int j, V v) { storeTo(dob.at(i, j), v); };
+        T m[N][N];
+        if constexpr (N <= 4) {
+            if (kLocal && apart(so, dob)) {
+                elim::takeObject(m, so);
+                auto a = [&](int i, int j) { return m[i][j]; };
+                if constexpr (N == 3) return inverse3<A, InsideBand<T>>(a, put);
+                T adj[4][4];
+                auto keep = [&](int i, int j, V v) { storeTo(&adj[i][j], v); };
+                if (inverse4<A, InsideBand<T>>(a, keep, [&](int i, int j) { return adj[i][j]; }, put)) return true;
+                elim::giveObject(dob, adj);
+                return false;
             }
+            auto a = [&](int i, int j) { return *so.at(i, j); };
+            if constexpr (N == 3) return inverse3<A, InsideBand<T>>(a, put);
+            else return inverse4<A, InsideBand<T>>(a, put, [&](int i, int j) { return *dob.at(i, j); }, put);
+        } else {
+            // The partitions address columns through a run-time table: the object
+            // first into a local copy, bit for bit.
+            elim::takeObject(m, so);
+            return partitioned<A, T, N, typename FirstBlock<Tag, T, N, L>::Test>(
+                [&](int i, int j) { return m[i][j]; }, put);
         }
     }
 
