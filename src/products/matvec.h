@@ -62,6 +62,27 @@ template <class Sum, bool Entries, class OA, class OB, class OD, class A, class 
         for (uint32_t i = 0; i < R; ++i) mul::mend(od.at(0, i));
     return true;
 }
+// The quiet 32f sums of a fixed size, column by column: each vector element is read
+// once and every row's sum takes its term n in turn, so each sum runs in the order
+// of `rows`.
+template <int N, class OA, class OB, class OD>
+[[gnu::always_inline]] inline void columns(const OA& oa, const OB& ob, const OD& od)
+{
+    float s[N];
+#pragma GCC unroll 6
+    for (int n = 0; n < N; ++n) {
+        const float x = *ob.at(0, n);
+#pragma GCC unroll 6
+        for (int i = 0; i < N; ++i) {
+            if (n == 0) s[i] = mul::SumF32Quiet::first(*oa.at(i, n), x);
+            else mul::SumF32Quiet::step(s[i], nullptr, *oa.at(i, n), x);
+        }
+    }
+#pragma GCC unroll 6
+    for (int i = 0; i < N; ++i) *od.at(0, i) = s[i];
+#pragma GCC unroll 6
+    for (int i = 0; i < N; ++i) mul::mend(od.at(0, i));
+}
 template <class Sum, bool Entries, class A, class B, class Y, class D>
 [[gnu::always_inline]] inline bool rows(uint32_t k, const A& a, const B& b, const Y& y, const D& d, uint32_t R,
                                         uint32_t K)
@@ -106,7 +127,8 @@ struct Forms {
             Extent e = d.span(count, 1, R);
             if (!(e.apart(a.span(count, R, K)) && e.apart(b.span(count, 1, K)))) return false;
             auto object = [&](uint32_t k, const auto& oa, const auto& ob, const auto& od) {
-                rows<typename Sum::Quiet, false>(oa, ob, od, k, a, b, y, d, R, K);
+                if constexpr (sizeof(T) == 4 && N > 0) columns<N>(oa, ob, od);
+                else rows<typename Sum::Quiet, false>(oa, ob, od, k, a, b, y, d, R, K);
             };
             eachObject(count, object, first(a), first(b), first(d));
             return true;
