@@ -101,13 +101,18 @@ template <class S, class D>
     }
 }
 
-// Objects 0..count-1. The widths of the fixed sizes get rows opened out (the same
-// moves in the same order); any other width takes the loop.
+// Objects 0..count-1. The widths of the fixed sizes get rows opened out, and square
+// objects of those sizes whole objects (the same moves in the same order); any
+// other width takes the loop.
 template <class S, class D>
 void moveObjects(const S& s, const D& d, uint32_t w, uint32_t h, uint32_t count)
 {
     auto all = [&](auto width) {
-        for (uint32_t k = 0; k < count; ++k) moveObject(s, d, k, decltype(width)::value, h);
+        constexpr uint32_t W = decltype(width)::value;
+        if (h == W)
+            for (uint32_t k = 0; k < count; ++k) moveObject(s, d, k, W, W);
+        else
+            for (uint32_t k = 0; k < count; ++k) moveObject(s, d, k, W, h);
     };
     switch (w) {
     case 3: return all(std::integral_constant<uint32_t, 3>{});
