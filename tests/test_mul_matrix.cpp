@@ -210,28 +210,34 @@ TEST(MulMatrix, SignOfAZeroSum)
 
 // Every 64f element starts from +0.0, also where the sum is held in a register and
 // stored once: all products -0.0 give +0.0, and a sum of -denorm_min (whose sign
-// and exponent word is that of -0.0) stays what it is. The same for matrix by vector.
-TEST(MulMatrix, SignOfAZeroSum64f)
+// and exponent word is that of -0.0) stays what it is. The same for matrix by
+// vector, and for its 32f sums outside the packed layouts, which run by columns.
+template <class T>
+void zeroAndTinySums(const char* code, const char* lay)
 {
-    const double tiny = -std::numeric_limits<double>::denorm_min();
+    const T tiny = -std::numeric_limits<T>::denorm_min();
+    for (unsigned n : {0u, 3u, 4u, 5u, 6u}) {
+        std::string name = std::string("vorxMul_") + code + (sizeof(T) == 4 ? "_32f" : "_64f");
+        if (n) name += "_" + std::to_string(n) + "x" + std::to_string(n);
+        const CatalogueEntry& e = byName(name + lay);
+        Case<T> c(e, vt::dimsOf(e, n ? n : 4, 2), 72);
+        c.s.op("src1").fill([](uint32_t, uint32_t, uint32_t) { return T(0); });
+        c.s.op("src2").fill([](uint32_t, uint32_t, uint32_t) { return T(-1.5); });
+        ASSERT_EQ(c.s.call(), vorxStatusOk);
+        const auto& dst = c.s.op("dst");
+        uint32_t last = dst.count() - 1, i = dst.rows() - 1, j = dst.cols() - 1;
+        EXPECT_FALSE(std::signbit(dst.get(last, i, j))) << e.name;
+        c.s.op("src1").fill([&](uint32_t, uint32_t, uint32_t j) { return j ? T(0) : tiny; });
+        c.s.op("src2").fill([](uint32_t, uint32_t, uint32_t) { return T(1); });
+        ASSERT_EQ(c.s.call(), vorxStatusOk);
+        EXPECT_EQ(dst.get(last, i, j), tiny) << e.name;
+    }
+}
+TEST(MulMatrix, SignOfAZeroSumWhereTheSumIsHeld)
+{
     for (const char* code : {"mm", "mama", "mamT", "mv", "mav"})
-        for (unsigned n : {0u, 3u, 4u, 5u, 6u})
-            for (const char* lay : {"", "_S2"}) {
-                std::string name = std::string("vorxMul_") + code + "_64f";
-                if (n) name += "_" + std::to_string(n) + "x" + std::to_string(n);
-                const CatalogueEntry& e = byName(name + lay);
-                Case<double> c(e, vt::dimsOf(e, n ? n : 4, 2), 72);
-                c.s.op("src1").fill([](uint32_t, uint32_t, uint32_t) { return 0.0; });
-                c.s.op("src2").fill([](uint32_t, uint32_t, uint32_t) { return -1.5; });
-                ASSERT_EQ(c.s.call(), vorxStatusOk);
-                const auto& dst = c.s.op("dst");
-                uint32_t last = dst.count() - 1, i = dst.rows() - 1, j = dst.cols() - 1;
-                EXPECT_FALSE(std::signbit(dst.get(last, i, j))) << e.name;
-                c.s.op("src1").fill([&](uint32_t, uint32_t, uint32_t j) { return j ? 0.0 : tiny; });
-                c.s.op("src2").fill([](uint32_t, uint32_t, uint32_t) { return 1.0; });
-                ASSERT_EQ(c.s.call(), vorxStatusOk);
-                EXPECT_EQ(dst.get(last, i, j), tiny) << e.name;
-            }
+        for (const char* lay : {"", "_S2"}) zeroAndTinySums<double>(code, lay);
+    for (const char* code : {"mv", "mav", "mva"}) zeroAndTinySums<float>(code, "_S2");
 }
 
 // The Contiguous run-time mmT runs C over src2Height and K over src2Width; the

@@ -82,24 +82,12 @@ inline void take(T& to, const V& v, uint32_t k, uint32_t i, uint32_t j)
     __builtin_memcpy(&to, v.at(k, i, j), sizeof(T));
 }
 
-// The elements of one object (a cursor's `obj()` or a view's `object(k)`), row by
-// row: one step down per row, each element at its offset in the row; f(i, j, p).
-template <int N, class O, class F>
-[[gnu::always_inline]] inline void walk(const O& o, F f)
-{
-    auto r = o.row(0);
-#pragma GCC unroll 6
-    for (int i = 0; i < N; ++i, r = o.down(r))
-#pragma GCC unroll 6
-        for (int j = 0; j < N; ++j) f(i, j, o.in(r, j));
-}
-
-// An object whole into m, or m whole into an object, bit for bit. A 32f copy stays
-// open to the compiler, which may keep elements in registers instead.
+// An object (see eachElement) whole into m, or m whole into an object, bit for bit.
+// A 32f copy stays open to the compiler, which may keep elements in registers.
 template <class T, int N, class O>
 [[gnu::always_inline]] inline void takeObject(T (&m)[N][N], const O& o)
 {
-    walk<N>(o, [&](int i, int j, const T* p) {
+    eachElement<N>(o, N, N, [&](uint32_t i, uint32_t j, const T* p) {
         if constexpr (sizeof(T) == 4) __builtin_memcpy(&m[i][j], p, sizeof(T));
         else copyBits(&m[i][j], p);
     });
@@ -107,7 +95,7 @@ template <class T, int N, class O>
 template <class T, int N, class O>
 [[gnu::always_inline]] inline void giveObject(const O& o, const T (&m)[N][N])
 {
-    walk<N>(o, [&](int i, int j, T* p) { copyBits(p, &m[i][j]); });
+    eachElement<N>(o, N, N, [&](uint32_t i, uint32_t j, T* p) { copyBits(p, &m[i][j]); });
 }
 
 // Steps 0 to m-2 of the elimination of order m. Each passed pivot goes to `run`;

@@ -121,6 +121,19 @@ struct TrObj {
     Extent extent(uint32_t rows, uint32_t cols) const { return o.extent(cols, rows); }
 };
 
+// The elements of one object (a cursor's `obj()` or a view's `object(k)`) row by row,
+// one step down per row, each element at its offset in the row: f(i, j, element).
+// A fixed size N passes its bounds as constants and the loops open out.
+template <int N, class O, class F>
+[[gnu::always_inline]] inline void eachElement(const O& o, uint32_t rows, uint32_t cols, F f)
+{
+    auto r = o.row(0);
+#pragma GCC unroll 6
+    for (uint32_t i = 0; i < (N ? N : rows); ++i, r = o.down(r))
+#pragma GCC unroll 6
+        for (uint32_t j = 0; j < (N ? N : cols); ++j) f(i, j, o.in(r, j));
+}
+
 // A step that the compiler can see to be zero (the single operand of an array call)
 // is left out, so that the operand stays loop-invariant.
 inline bool steps(intptr_t by) { return !__builtin_constant_p(by) || by != 0; }

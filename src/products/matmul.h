@@ -95,10 +95,7 @@ inline void mend(double* p) { mendZeroStart(p); }
 template <int N, class O>
 [[gnu::always_inline]] inline void mendObject(const O& o, uint32_t R, uint32_t C)
 {
-    auto r = o.row(0);
-    for (uint32_t i = 0; i < (N ? N : R); ++i, r = o.down(r))
-#pragma GCC unroll 6
-        for (uint32_t j = 0; j < (N ? N : C); ++j) mend(o.in(r, j));
+    eachElement<N>(o, R, C, [](uint32_t, uint32_t, auto* p) { mend(p); });
 }
 template <class Sum> constexpr bool isQuiet = std::is_same_v<Sum, SumF32Quiet> || std::is_same_v<Sum, SumX87Quiet>;
 

@@ -57,9 +57,7 @@ template <class Sum, bool Entries, class OA, class OB, class OD, class A, class 
         if constexpr (gaxpy) addLast(s, p, *y.at(k, 0, i));
         if constexpr (mul::isQuiet<Sum>) Sum::end(s, p);
     }
-    if constexpr (mul::isQuiet<Sum>)
-#pragma GCC unroll 6
-        for (uint32_t i = 0; i < R; ++i) mul::mend(od.at(0, i));
+    if constexpr (mul::isQuiet<Sum>) mul::mendObject<0>(od, 1, R);
     return true;
 }
 // The quiet 32f sums of a fixed size, column by column: each vector element is read
@@ -68,20 +66,17 @@ template <class Sum, bool Entries, class OA, class OB, class OD, class A, class 
 template <int N, class OA, class OB, class OD>
 [[gnu::always_inline]] inline void columns(const OA& oa, const OB& ob, const OD& od)
 {
+    using Sum = mul::SumF32Quiet;
     float s[N];
 #pragma GCC unroll 6
-    for (int n = 0; n < N; ++n) {
+    for (uint32_t n = 0; n < N; ++n) {
         const float x = *ob.at(0, n);
 #pragma GCC unroll 6
-        for (int i = 0; i < N; ++i) {
-            if (n == 0) s[i] = mul::SumF32Quiet::first(*oa.at(i, n), x);
-            else mul::SumF32Quiet::step(s[i], nullptr, *oa.at(i, n), x);
-        }
+        for (uint32_t i = 0; i < N; ++i) mul::term<Sum>(s[i], od.at(0, i), n, *oa.at(i, n), x);
     }
 #pragma GCC unroll 6
-    for (int i = 0; i < N; ++i) *od.at(0, i) = s[i];
-#pragma GCC unroll 6
-    for (int i = 0; i < N; ++i) mul::mend(od.at(0, i));
+    for (uint32_t i = 0; i < N; ++i) Sum::end(s[i], od.at(0, i));
+    mul::mendObject<0>(od, 1, N);
 }
 template <class Sum, bool Entries, class A, class B, class Y, class D>
 [[gnu::always_inline]] inline bool rows(uint32_t k, const A& a, const B& b, const Y& y, const D& d, uint32_t R,
