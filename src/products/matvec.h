@@ -68,11 +68,12 @@ template <int N, class OA, class OB, class OD>
 {
     using Sum = mul::SumF32Quiet;
     float s[N];
+    float* const none = nullptr;  // quiet terms store nothing
 #pragma GCC unroll 6
     for (uint32_t n = 0; n < N; ++n) {
         const float x = *ob.at(0, n);
 #pragma GCC unroll 6
-        for (uint32_t i = 0; i < N; ++i) mul::term<Sum>(s[i], od.at(0, i), n, *oa.at(i, n), x);
+        for (uint32_t i = 0; i < N; ++i) mul::term<Sum>(s[i], none, n, *oa.at(i, n), x);
     }
 #pragma GCC unroll 6
     for (uint32_t i = 0; i < N; ++i) Sum::end(s[i], od.at(0, i));
