@@ -29,15 +29,20 @@ inline long double diff(double a, double b, double c, double e) { return wide(a)
 template <class T>
 inline void put(T* d, T a1, T b2, T a2, T b1) { *d = static_cast<T>(diff(a1, b2, a2, b1)); }  // the store rounds once
 
-// A source's elements of object k: read from memory at each use, or held.
+// A source's objects: read from memory at each use, or held in registers (a single
+// vector of an array call). Either way element j of object k is `*object(k).at(0, j)`.
 template <class V>
 struct Read {
     V v;
     void prepare() {}
-    auto at(uint32_t k, uint32_t j) const { return *v.at(k, 0, j); }
+    auto object(uint32_t k) const { return v.object(k); }
 };
 template <class V>
 struct Hold {
+    struct Held {
+        const float* e;
+        const float* at(uint32_t, uint32_t j) const { return e + j; }
+    };
     V v;
     float e[3] = {};
     void prepare()
@@ -45,29 +50,32 @@ struct Hold {
         for (uint32_t j = 0; j < 3; ++j) e[j] = *v.at(0, 0, j);
         sse::keep(e);
     }
-    float at(uint32_t, uint32_t j) const { return e[j]; }
+    Held object(uint32_t) const { return {e}; }
 };
 
 template <class A, class B, class D>
-void stepwise(const A& a, const B& b, const D& d, uint32_t k)
+void stepwise(const A& a, const B& b, const D& d)
 {
+#pragma GCC unroll 3
     for (uint32_t c = 0; c < 3; ++c) {
         uint32_t i = (c + 1) % 3, j = (c + 2) % 3;
-        put(d.at(k, 0, c), a.at(k, i), b.at(k, j), a.at(k, j), b.at(k, i));
+        put(d.at(0, c), *a.at(0, i), *b.at(0, j), *a.at(0, j), *b.at(0, i));
     }
 }
 
 template <class A, class B, class D>
-void atOnce(const A& a, const B& b, const D& d, uint32_t k)
+void atOnce(const A& a, const B& b, const D& d)
 {
     float x[3], y[3];
+#pragma GCC unroll 3
     for (uint32_t j = 0; j < 3; ++j) {
-        x[j] = a.at(k, j);
-        y[j] = b.at(k, j);
+        x[j] = *a.at(0, j);
+        y[j] = *b.at(0, j);
     }
+#pragma GCC unroll 3
     for (uint32_t c = 0; c < 3; ++c) {
         uint32_t i = (c + 1) % 3, j = (c + 2) % 3;
-        put(d.at(k, 0, c), x[i], y[j], x[j], y[i]);
+        put(d.at(0, c), x[i], y[j], x[j], y[i]);
     }
 }
 
@@ -119,8 +127,8 @@ struct CrossFamily {
         template <class A, class B, class D>
         static void object(const A& a, const B& b, const D& d, uint32_t k)
         {
-            if constexpr (atOnce) cross::atOnce(a, b, d, k);
-            else cross::stepwise(a, b, d, k);
+            if constexpr (atOnce) cross::atOnce(a.object(k), b.object(k), d.object(k));
+            else cross::stepwise(a.object(k), b.object(k), d.object(k));
         }
 
         template <class A, class B, class D>
