@@ -137,38 +137,9 @@ struct ScaleFamily {
     };
 };
 
-// Arrays of vectors: where both arrays lie end to end (fixed size, 32f,
-// Contiguous, object strides of one vector), they are one run of count * N
-// elements for the run-time fast path; the products are the same.
-struct ScaleVectors {
-    template <class T, int N, Lay L>
-    struct Impl {
-        using Base = typename VecFamily<MulOp, 2>::template Impl<T, N, L>;
-
-        template <class A, class D>
-        static vorxStatus run(A a, T v, D d, uint32_t len)
-        {
-            return Base::run(a, v, d, len);
-        }
-
-        template <class A, class D>
-        static vorxStatus run(A a, T v, D d, uint32_t len, uint32_t count)
-        {
-            if constexpr (sizeof(T) == 4 && N > 0 && L == Lay::C) {
-                constexpr int32_t run = 4 * N;
-                if (a.os == run && d.os == run && count < (1u << 26) && !anyNull(a, d)) {
-                    stream::run<MulOp>(d.x, count * N, keyed(a), stream::Value(v));
-                    return kOk;
-                }
-            }
-            return Base::run(a, v, d, len, count);
-        }
-    };
-};
-
 namespace tag {
 struct Mul_vc : VecFamily<MulOp> {};
-struct Mul_vac : ScaleVectors {};
+struct Mul_vac : VecFamily<MulOp, 2> {};
 struct Mul_mc : ScaleFamily {};
 struct Mul_mTc : ScaleFamily {};
 struct Mul_mac : ScaleFamily {};
