@@ -4,7 +4,8 @@
 // Contiguous with gaps), where the packed forms take one pass per object: every array
 // function of the two families, counts around the four-lane and pattern boundaries,
 // random and special data (NaN payloads), and in place, against the family's model
-// (bits, guards, nothing written outside dst).
+// (bits, guards, nothing written outside dst). Contiguous and Strided arrays whose
+// operands share their strides step one offset for all of them.
 #include <gtest/gtest.h>
 
 #include "harness.h"
@@ -41,6 +42,33 @@ TEST(DenseRuns, ElementWiseArraysOnRuns)
                                                                 << (inPlace ? " in place" : "") << (apart ? " apart" : "");
                 }
         }
+}
+
+// Strides of either sign, shared by every array operand (the single vector or matrix
+// of a call keeps its own): room for six rows of six elements, elements apart in
+// Strided layout, objects apart or overlapping by their order in memory.
+TEST(DenseRuns, OperandsThatStepAlike)
+{
+    unsigned seed = 11;
+    for (const char* fam : {"Add", "Sub", "Mul"})
+        for (const auto* e : vt::entries(fam, [](const CatalogueEntry& x) {
+                 std::string_view lay(x.layout), code(x.code);
+                 return code.find('a') != code.npos && (code.back() == 'c' || x.family != std::string_view("Mul")) &&
+                        (lay == "" || lay == "S2");
+             }))
+            for (int32_t sign : {1, -1})
+                for (uint32_t count : {1u, 3u, 6u}) {
+                    const int32_t E = e->type == std::string_view("64f") ? 8 : 4;
+                    const int32_t es = std::string_view(e->layout) == "S2" ? 2 * E + 4 : E;
+                    vt::Dims d = vt::dimsOf(*e, 5, count);
+                    vt::Draw draw{count == 3 ? vt::Data::Special : vt::Data::Random, seed++};
+                    for (const char* n : {"src", "src1", "src2", "dst"}) {
+                        vt::Options& o = draw.options[n];
+                        o.explicitStrides = true;
+                        o.es = es, o.rs = 6 * es + 8, o.os = sign * (6 * o.rs + 4);
+                    }
+                    EXPECT_EQ(vt::verifyEntry(*e, d, draw), "") << e->name << " count " << count << " sign " << sign;
+                }
 }
 
 // Transposed Pointer arrays whose tables are one run move each element's stretch of

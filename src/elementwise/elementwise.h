@@ -255,6 +255,64 @@ template <class Op, uint32_t P, int Single, class A, class B, class D>
 
 }  // namespace dense
 
+// Contiguous and Strided arrays whose operands all step alike (the same object, row
+// and element strides; a value or the single operand aside): one byte offset
+// addresses element (i, j) of object k in every operand, from its base. The i386 loop
+// then keeps the bases, the offset and a stride in registers, where a pointer and
+// three strides per operand would not fit. The same elements in the same order.
+namespace alike {
+
+template <int Single, int I, class V>
+constexpr bool stepping = !std::is_arithmetic_v<V> && Single != I;
+
+template <class V>
+constexpr bool direct = false;
+template <class T>
+constexpr bool direct<Direct<T>> = true;
+
+template <int Single, int I, class V>
+bool same(const V& v, int32_t os, int32_t rs, int32_t es)
+{
+    if constexpr (!stepping<Single, I, V>) return true;
+    else return v.os == os && v.rs == rs && v.es == es;
+}
+
+// Operand I's element (i, j) at byte offset e: a stepping operand from its base, the
+// single operand at its own place, a value as it is.
+template <int Single, int I, class V>
+[[gnu::always_inline]] inline auto get(const V& v, intptr_t e, uint32_t i, uint32_t j)
+{
+    if constexpr (stepping<Single, I, V>) return *byteAt(v.x, e);
+    else if constexpr (std::is_arithmetic_v<V>) return v;
+    else return *only(v).at(i, j);
+}
+
+template <class Op, int Size, int Single, class A, class B, class D>
+[[gnu::always_inline]] inline bool run(const A& a, const B& b, const D& d, uint32_t w, uint32_t h, uint32_t count)
+{
+    constexpr bool views = (direct<A> || !stepping<Single, 1, A>) && (direct<B> || !stepping<Single, 2, B>);
+    if constexpr (!direct<D> || !views) {
+        return false;
+    } else {
+        const int32_t os = d.os, rs = d.rs, es = d.es;
+        if (!same<Single, 1>(a, os, rs, es) || !same<Single, 2>(b, os, rs, es)) return false;
+        intptr_t off = 0;
+        for (uint32_t k = 0; k < count; ++k, off = opaque(off + os)) {
+            intptr_t r = off;
+#pragma GCC unroll 6
+            for (uint32_t i = 0; i < h; ++i, r = opaque(r + rs)) {
+                intptr_t e = r;
+#pragma GCC unroll 6
+                for (uint32_t j = 0; j < w; ++j, e += es)
+                    apply<Op>(byteAt(d.x, e), get<Single, 1>(a, e, i, j), get<Single, 2>(b, e, i, j));
+            }
+        }
+        return true;
+    }
+}
+
+}  // namespace alike
+
 // Generic array call: objects in ascending k, or one pass over a dense run. `Size`
 // is the fixed number of elements of an object, 0 for a size given at run time;
 // `Single` the source that is one vector or matrix (or a value) in the call.
@@ -264,7 +322,10 @@ template <class Op, int Size, int Single, class A, class B, class D>
     a = shaped(a, h, w);
     b = shaped(b, h, w);
     d = shaped(d, h, w);
-    auto whole = [&] { return dense::run<Op, Size, Single>(a, b, d, h, w, count); };
+    auto whole = [&] {
+        return dense::run<Op, Size, Single>(a, b, d, h, w, count) ||
+               alike::run<Op, Size, Single>(a, b, d, w, h, count);
+    };
     auto object = [&](uint32_t, const auto& a1, const auto& b1, const auto& d1) {
         elementwiseObject<Op, false>(a1, b1, d1, w, h);
     };
