@@ -42,45 +42,40 @@ struct Acc<double> {
     long double root() const { return __builtin_sqrtl(s); }
 };
 
-// One object into `out`; Norm: the root of the sum of squares. `Test`: a
-// single-object Pointer call tests each entry just before it reads through it
-// (src1's, then src2's) and stores its result only at the end, so a null entry
-// leaves dst as it was.
-// `Adj`: the elements of an object lie E bytes apart (Contiguous, List).
-template <class T, int N, bool Norm, bool Test, bool Adj, class... V>
-bool objectSum(T& out, uint32_t k, uint32_t len, const V&... v)
+// One object into `out`, from each source's object (`object(k)`); Norm: the root of
+// the sum of squares. `Test`: a single-object Pointer call tests each entry just
+// before it reads through it (src1's, then src2's) and stores its result only at the
+// end, so a null entry leaves dst as it was.
+template <class T, int N, bool Norm, bool Test, class... O>
+bool objectSum(T& out, uint32_t len, const O&... o)
 {
-    auto at = [k](const auto& w, uint32_t j) -> const T& {
-        if constexpr (Adj) return w.row(k, 0)[j];
-        else return *w.at(k, 0, j);
-    };
     Acc<T> s;
 #pragma GCC unroll 6
     for (uint32_t j = 0; j < (N ? N : len); ++j) {
-        if (Test && !(readOk(v, 0, j) && ...)) return false;
-        const T x[] = {at(v, j)...};
-        s.add(j, x[0], x[sizeof...(V) - 1]);
+        if (Test && !(readOk(o, 0, j) && ...)) return false;
+        const T x[] = {*o.at(0, j)...};
+        s.add(j, x[0], x[sizeof...(O) - 1]);
     }
     out = static_cast<T>(Norm ? s.root() : s.sum());  // 64f: the store rounds once
     if constexpr (sizeof(T) == 8 && !Norm) mendZeroStart(&out);
     return true;
 }
 
-template <class T, int N, bool Norm, bool Adj, class... V>
+template <class T, int N, bool Norm, class... V>
 vorxStatus single(T* d, uint32_t len, const V&... v)
 {
     if (anyNull(v..., results(d))) return kNull;
     if (N == 0 && len == 0) return kBadSize;
     T r;
-    if (!objectSum<T, N, Norm, true, Adj>(r, 0, len, v...)) return kNull;
+    if (!objectSum<T, N, Norm, true>(r, len, v.object(0)...)) return kNull;
     *d = r;
     return kOk;
 }
 
-template <class T, int N, bool Norm, bool Adj, class... V>
+template <class T, int N, bool Norm, class... V>
 vorxStatus array(T* d, uint32_t len, uint32_t count, const V&... v)
 {
-    auto object = [&](uint32_t k) { objectSum<T, N, Norm, false, Adj>(d[k], k, len, v...); };
+    auto object = [&](uint32_t k) { objectSum<T, N, Norm, false>(d[k], len, v.object(k)...); };
     auto objects = [&] { return eachObjectAt(count, object, v...); };
     return interleavedCall(N == 0 && len == 0, len, count, nothing, objects, v..., results(d));
 }
@@ -182,7 +177,7 @@ struct DotFamily {
         template <class A, class B>
         static vorxStatus run(A a, B b, T* d, uint32_t len)
         {
-            return reduce::single<T, N, false, adjacent(L)>(d, len, a, b);
+            return reduce::single<T, N, false>(d, len, a, b);
         }
         template <class A, class B>
         static vorxStatus run(A a, B b, T* d, uint32_t len, uint32_t count)
@@ -191,7 +186,7 @@ struct DotFamily {
                 return reduce::packedDots<N, L == Lay::C, false, lanes::LeftToRight<N>, lanes::LeftToRight<N>, Single>(
                     a, b, d, count);
             else
-                return reduce::array<T, N, false, adjacent(L)>(d, len, count, a, b);
+                return reduce::array<T, N, false>(d, len, count, a, b);
         }
     };
 };
@@ -215,12 +210,12 @@ struct NormFamily {
         template <class A>
         static vorxStatus run(A a, T* d, uint32_t len)
         {
-            return reduce::single<T, N, true, adjacent(L)>(d, len, a);
+            return reduce::single<T, N, true>(d, len, a);
         }
         template <class A>
         static vorxStatus run(A a, T* d, uint32_t len, uint32_t count)
         {
-            return reduce::array<T, N, true, adjacent(L)>(d, len, count, a);
+            return reduce::array<T, N, true>(d, len, count, a);
         }
     };
 };
