@@ -28,11 +28,20 @@ struct LCombOp {
 
 namespace weighted {
 
-// An operand's element (k, 0, j); a value is itself.
+// An operand's element (k, 0, j); a value is itself. Array calls take each
+// operand's object once (`objectOf`) and its elements from there (`elem`).
 inline float get(float v, uint32_t, uint32_t, uint32_t) { return v; }
 inline double get(double v, uint32_t, uint32_t, uint32_t) { return v; }
 template <class V>
 inline auto get(const V& v, uint32_t k, uint32_t i, uint32_t j) { return *v.at(k, i, j); }
+inline float objectOf(float v, uint32_t) { return v; }
+inline double objectOf(double v, uint32_t) { return v; }
+template <class V>
+inline auto objectOf(const V& v, uint32_t k) { return v.object(k); }
+inline float elem(float v, uint32_t) { return v; }
+inline double elem(double v, uint32_t) { return v; }
+template <class O>
+inline auto elem(const O& o, uint32_t j) { return *o.at(0, j); }
 
 // One element of the result from its operands (vectors' elements and values).
 template <class Op, class... V>
@@ -40,11 +49,12 @@ inline void put(float* d, V... v) { *d = Op::s(v...); }
 template <class Op, class... V>
 inline void put(double* d, V... v) { *d = static_cast<double>(Op::x(wide(v)...)); }  // the store rounds once
 
+// One object of an array call, from the operands' objects.
 template <class Op, int N, class D, class... S>
-inline void object(const D& d, uint32_t k, uint32_t len, const S&... s)
+inline void object(const D& d, uint32_t len, const S&... s)
 {
 #pragma GCC unroll 6
-    for (uint32_t j = 0; j < (N ? N : len); ++j) put<Op>(d.at(k, 0, j), get(s, k, 0, j)...);
+    for (uint32_t j = 0; j < (N ? N : len); ++j) put<Op>(d.at(0, j), elem(s, j)...);
 }
 
 // Element loops. A single-object Pointer call tests the entries of element j of
@@ -65,7 +75,8 @@ vorxStatus single(const D& d, uint32_t len, const S&... s)
 template <class Op, int N, class D, class... S>
 vorxStatus array(const D& d, uint32_t len, uint32_t count, const S&... s)
 {
-    auto objects = [&] { return eachObjectAt(count, [&](uint32_t k) { object<Op, N>(d, k, len, s...); }, s..., d); };
+    auto one = [&](uint32_t k) { object<Op, N>(d.object(k), len, objectOf(s, k)...); };
+    auto objects = [&] { return eachObjectAt(count, one, s..., d); };
     return interleavedCall(N == 0 && len == 0, len, count, nothing, objects, s..., d);
 }
 
