@@ -14,39 +14,44 @@
 
 namespace vorx::frob {
 
-// The sum over one object. `Entries`: the single-matrix Pointer form tests each
-// entry just before it reads it; at a null it stops before storing anything.
-template <bool ByRows, bool Entries, class V, class Acc, class Add>
-[[gnu::always_inline]] inline bool sumSquares(const V& v, uint32_t k, uint32_t w, uint32_t h, Acc& s, Add add)
+// The sum over one object (a view's `object(k)`). `Entries`: the single-matrix
+// Pointer form tests each entry just before it reads it; at a null it stops before
+// storing anything. A fixed size passes its bounds as constants and the loops open out.
+template <bool ByRows, bool Entries, class O, class Acc, class Add>
+[[gnu::always_inline]] inline bool sumSquares(const O& o, uint32_t w, uint32_t h, Acc& s, Add add)
 {
     if (ByRows) {
+#pragma GCC unroll 6
         for (uint32_t i = 0; i < h; ++i)
+#pragma GCC unroll 6
             for (uint32_t j = 0; j < w; ++j) {
-                if (Entries && !readOk(v, i, j)) return false;
-                add(s, *v.at(k, i, j));
+                if (Entries && !readOk(o, i, j)) return false;
+                add(s, *o.at(i, j));
             }
     } else {
+#pragma GCC unroll 6
         for (uint32_t j = 0; j < w; ++j)
-            for (uint32_t i = 0; i < h; ++i) add(s, *v.at(k, i, j));
+#pragma GCC unroll 6
+            for (uint32_t i = 0; i < h; ++i) add(s, *o.at(i, j));
     }
     return true;
 }
 
-template <bool ByRows, bool Entries, class V>
-bool norm(const V& v, uint32_t k, uint32_t w, uint32_t h, float* d)
+template <bool ByRows, bool Entries, class O>
+bool norm(const O& o, uint32_t w, uint32_t h, float* d)
 {
     float s = 0.0f;
     auto add = [](float& s, float a) { s = sse::add(s, sse::mul(a, a)); };
-    if (!sumSquares<ByRows, Entries>(v, k, w, h, s, add)) return false;
+    if (!sumSquares<ByRows, Entries>(o, w, h, s, add)) return false;
     sse::store1(d, _mm_sqrt_ss(_mm_set_ss(s)));
     return true;
 }
-template <bool ByRows, bool Entries, class V>
-bool norm(const V& v, uint32_t k, uint32_t w, uint32_t h, double* d)
+template <bool ByRows, bool Entries, class O>
+bool norm(const O& o, uint32_t w, uint32_t h, double* d)
 {
     long double s = 0.0L;
     auto add = [](long double& s, double a) { s = s + wide(a) * wide(a); };
-    if (!sumSquares<ByRows, Entries>(v, k, w, h, s, add)) return false;
+    if (!sumSquares<ByRows, Entries>(o, w, h, s, add)) return false;
     *d = static_cast<double>(__builtin_sqrtl(s));
     return true;
 }
@@ -65,7 +70,7 @@ struct Impl {
             return kOk;
         } else {
             s = s.withShape(h, w);
-            return norm<true, L == Lay::P>(s, 0, N ? N : w, N ? N : h, d) ? kOk : kNull;
+            return norm<true, L == Lay::P>(s.object(0), N ? N : w, N ? N : h, d) ? kOk : kNull;
         }
     }
 
@@ -81,7 +86,7 @@ struct Impl {
             s = s.withShape(h, w);
             const uint32_t W = N ? N : w, H = N ? N : h;
             return arrayCall(N == 0 && (w == 0 || h == 0), W * H, count, nothing,
-                             [&](uint32_t k) { norm<false, false>(s, k, W, H, d + k); }, s);
+                             [&](uint32_t k) { norm<false, false>(s.object(k), W, H, d + k); }, s);
         }
     }
 };
