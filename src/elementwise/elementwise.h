@@ -280,7 +280,7 @@ bool same(const V& v, int32_t os, int32_t rs, int32_t es)
 // Operand I's element (i, j) at byte offset e: a stepping operand from its base, the
 // single operand at its own place, a value as it is.
 template <int Single, int I, class V>
-[[gnu::always_inline]] inline auto get(const V& v, intptr_t e, uint32_t i, uint32_t j)
+[[gnu::always_inline]] inline auto get(const V& v, uintptr_t e, uint32_t i, uint32_t j)
 {
     if constexpr (stepping<Single, I, V>) return *byteAt(v.x, e);
     else if constexpr (std::is_arithmetic_v<V>) return v;
@@ -296,14 +296,17 @@ template <class Op, int Size, int Single, class A, class B, class D>
     } else {
         const int32_t os = d.os, rs = d.rs, es = d.es;
         if (!same<Single, 1>(a, os, rs, es) || !same<Single, 2>(b, os, rs, es)) return false;
-        intptr_t off = 0;
-        for (uint32_t k = 0; k < count; ++k, off = opaque(off + os)) {
-            intptr_t r = off;
+        // Offsets wrap modulo the address size, as addresses do.
+        auto wrapped = [](int32_t stride) { return static_cast<uintptr_t>(intptr_t{stride}); };
+        const uintptr_t objStep = wrapped(os), rowStep = wrapped(rs), elemStep = wrapped(es);
+        uintptr_t off = 0;
+        for (uint32_t k = 0; k < count; ++k, off = opaque(off + objStep)) {
+            uintptr_t r = off;
 #pragma GCC unroll 6
-            for (uint32_t i = 0; i < h; ++i, r = opaque(r + rs)) {
-                intptr_t e = r;
+            for (uint32_t i = 0; i < h; ++i, r = opaque(r + rowStep)) {
+                uintptr_t e = r;
 #pragma GCC unroll 6
-                for (uint32_t j = 0; j < w; ++j, e += es)
+                for (uint32_t j = 0; j < w; ++j, e += elemStep)
                     apply<Op>(byteAt(d.x, e), get<Single, 1>(a, e, i, j), get<Single, 2>(b, e, i, j));
             }
         }
