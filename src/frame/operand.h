@@ -64,6 +64,29 @@ inline Extent bytesAt(const void* p, uintptr_t bytes)
     return {at, at + bytes};
 }
 
+// An operand with the shape (rows x cols) of its objects, for `spansApart`.
+template <class V>
+struct Shaped {
+    const V& v;
+    uint32_t rows, cols;
+};
+template <class V>
+Shaped(const V&, uint32_t, uint32_t) -> Shaped<V>;
+
+// Whether dst's span (all `count` of its objects) shares no byte with any source's
+// span: then no object of the call can read what another one stores. Only views
+// whose objects lie between their first and their last (Contiguous, Strided, read
+// plain or transposed) have spans; with any other operand the answer is no.
+template <class D, class... S>
+bool spansApart(uint32_t count, Shaped<D> d, Shaped<S>... s)
+{
+    if constexpr (requires { d.v.span(count, d.rows, d.cols); (s.v.span(count, s.rows, s.cols), ...); }) {
+        const Extent e = d.v.span(count, d.rows, d.cols);
+        return (e.apart(s.v.span(count, s.rows, s.cols)) && ...);
+    }
+    return false;
+}
+
 // One object of a Direct or List operand: its first element, rows rs apart,
 // elements es apart.
 template <class T>

@@ -156,19 +156,6 @@ template <class Sum, bool Entries, int N, class A, class B, class D>
     return true;
 }
 
-// Whether every object of an array call lies apart from its sources: dst's span (all
-// its objects) shares no byte with src1's or src2's. Direct operands only (Contiguous,
-// Strided, either transposed); a single operand spans one object.
-template <class A, class B, class D>
-bool spansApart(const A& a, const B& b, const D& d, uint32_t count, uint32_t R, uint32_t C, uint32_t K)
-{
-    if constexpr (requires { d.span(count, R, C); a.span(count, R, K); b.span(count, K, C); }) {
-        const Extent e = d.span(count, R, C);
-        return e.apart(a.span(count, R, K)) && e.apart(b.span(count, K, C));
-    }
-    return false;
-}
-
 // The closed forms that hold op(src2) while they work (a few fixed-size Strided,
 // Pointer and List-strided forms): op(src2) is read whole, once for a single src2
 // (ahead of the count test) or once per object for an array src2; then each row of
@@ -379,7 +366,8 @@ struct Family {
                 // is apart: the quiet sums, without the test per object.
                 auto whole = [&] {
                     if constexpr (!std::is_void_v<typename Sum::Quiet>) {
-                        if (spansApart(a, b, d, count, N ? N : h1, N ? N : w2, N ? N : h2)) {
+                        const uint32_t R = N ? N : h1, C = N ? N : w2, K = N ? N : h2;
+                        if (spansApart(count, Shaped{d, R, C}, Shaped{a, R, K}, Shaped{b, K, C})) {
                             auto quiet = [&](uint32_t, const auto& a1, const auto& b1, const auto& d1) {
                                 scalarObject<typename Sum::Quiet, false, N>(a1, b1, d1, h1, w2, h2);
                             };

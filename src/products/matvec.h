@@ -116,12 +116,10 @@ struct Forms {
     template <class A, class B, class Y, class D>
     static bool quiet(const A& a, const B& b, const Y& y, const D& d, uint32_t R, uint32_t K, uint32_t count)
     {
-        if constexpr (std::is_void_v<typename Sum::Quiet> || !__is_same(Y, NoAdd) ||
-                      !requires { d.span(count, 1u, R), a.span(count, R, K), b.span(count, 1u, K); }) {
+        if constexpr (std::is_void_v<typename Sum::Quiet> || !__is_same(Y, NoAdd)) {
             return false;
         } else {
-            Extent e = d.span(count, 1, R);
-            if (!(e.apart(a.span(count, R, K)) && e.apart(b.span(count, 1, K)))) return false;
+            if (!spansApart(count, Shaped{d, 1u, R}, Shaped{a, R, K}, Shaped{b, 1u, K})) return false;
             auto object = [&](uint32_t k, const auto& oa, const auto& ob, const auto& od) {
                 if constexpr (sizeof(T) == 4 && N > 0) columns<N>(oa, ob, od);
                 else rows<typename Sum::Quiet, false>(oa, ob, od, k, a, b, y, d, R, K);

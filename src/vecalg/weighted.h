@@ -28,12 +28,7 @@ struct LCombOp {
 
 namespace weighted {
 
-// An operand's element (k, 0, j); a value is itself. Array calls take each
-// operand's object once (`objectOf`) and its elements from there (`elem`).
-inline float get(float v, uint32_t, uint32_t, uint32_t) { return v; }
-inline double get(double v, uint32_t, uint32_t, uint32_t) { return v; }
-template <class V>
-inline auto get(const V& v, uint32_t k, uint32_t i, uint32_t j) { return *v.at(k, i, j); }
+// An operand's object k (`objectOf`) and element j of it (`elem`); a value is itself.
 inline float objectOf(float v, uint32_t) { return v; }
 inline double objectOf(double v, uint32_t) { return v; }
 template <class V>
@@ -67,7 +62,7 @@ vorxStatus single(const D& d, uint32_t len, const S&... s)
     if (N == 0 && len == 0) return kBadSize;
     for (uint32_t j = 0; j < (N ? N : len); ++j) {
         if (!elementsOk(0, j, s..., d)) return kNull;
-        put<Op>(d.at(0, 0, j), get(s, 0, 0, j)...);
+        put<Op>(d.at(0, 0, j), elem(objectOf(s, 0), j)...);
     }
     return kOk;
 }
